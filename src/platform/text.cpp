@@ -50,14 +50,14 @@ Character next_utf8(Bytes text) noexcept {
     if (sequence.followers == 0) {
         return {replacement_character, 1, Form::ill_formed};
     }
-    char32_t code_point = lead & (0x3Fu >> sequence.followers);
+    char32_t code_point = lead & (0x3FU >> sequence.followers);
     BYTE min = sequence.first_min;
     BYTE max = sequence.first_max;
     for (std::size_t i = 1; i <= sequence.followers; ++i) {
         if (i == text.size() || text[i] < min || text[i] > max) {
             return {replacement_character, i, Form::ill_formed};
         }
-        code_point = code_point << 6 | (text[i] & 0x3Fu);
+        code_point = code_point << 6 | (text[i] & 0x3FU);
         min = 0x80;
         max = 0xBF;
     }

@@ -5,8 +5,8 @@
 
 /// Encoding types. The low half tells the encoding of certificates, the high half the one of
 /// messages.
-#define X509_ASN_ENCODING 0x00000001u
-#define PKCS_7_ASN_ENCODING 0x00010000u
+#define X509_ASN_ENCODING 0x00000001U
+#define PKCS_7_ASN_ENCODING 0x00010000U
 
 /// A predefined structure type: a small number in the place of the text of an object identifier.
 #ifdef __cplusplus
@@ -20,8 +20,8 @@
 
 /// Flags of `CryptDecodeObject`: views into the input are welcome in place of copies; object
 /// identifiers may be shared.
-#define CRYPT_DECODE_NOCOPY_FLAG 0x1u
-#define CRYPT_DECODE_SHARE_OID_STRING_FLAG 0x4u
+#define CRYPT_DECODE_NOCOPY_FLAG 0x1U
+#define CRYPT_DECODE_SHARE_OID_STRING_FLAG 0x4U
 
 /// Bytes that another party owns. As an integer: two's complement, least significant byte first.
 typedef struct CRYPTOAPI_BLOB {
@@ -36,8 +36,8 @@ typedef struct CTL_USAGE {
 } CTL_USAGE, *PCTL_USAGE, CERT_ENHKEY_USAGE, *PCERT_ENHKEY_USAGE;
 
 /// How the purposes that are asked for must be met: all of them, or any.
-#define USAGE_MATCH_TYPE_AND 0x0u
-#define USAGE_MATCH_TYPE_OR 0x1u
+#define USAGE_MATCH_TYPE_AND 0x0U
+#define USAGE_MATCH_TYPE_OR 0x1U
 
 typedef struct CERT_USAGE_MATCH {
     DWORD dwType;

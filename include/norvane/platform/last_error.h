@@ -5,8 +5,8 @@
 #include <stdarg.h>
 
 /// Flags of `FormatMessageA`: the words come from the system's list; no inserts are filled in.
-#define FORMAT_MESSAGE_IGNORE_INSERTS 0x00000200u
-#define FORMAT_MESSAGE_FROM_SYSTEM 0x00001000u
+#define FORMAT_MESSAGE_IGNORE_INSERTS 0x00000200U
+#define FORMAT_MESSAGE_FROM_SYSTEM 0x00001000U
 
 NORVANE_PLATFORM_BEGIN
 

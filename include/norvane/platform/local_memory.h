@@ -4,9 +4,9 @@
 #include <norvane/platform/types.h>
 
 /// Flags of `LocalAlloc`.
-#define LMEM_FIXED 0x0000u
-#define LMEM_ZEROINIT 0x0040u
-#define LPTR 0x0040u
+#define LMEM_FIXED 0x0000U
+#define LMEM_ZEROINIT 0x0040U
+#define LPTR 0x0040U
 
 NORVANE_PLATFORM_BEGIN
 

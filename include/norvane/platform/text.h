@@ -5,12 +5,12 @@
 
 /// Code pages. The default one (`CP_ACP`) of Linux is ISO 8859-1, whatever the locale: every byte
 /// is a character, and the outcome does not depend on the machine.
-#define CP_ACP 0u
-#define CP_UTF8 65001u
+#define CP_ACP 0U
+#define CP_UTF8 65001U
 
 /// Flags of `MultiByteToWideChar`.
-#define MB_PRECOMPOSED 0x00000001u
-#define MB_ERR_INVALID_CHARS 0x00000008u
+#define MB_PRECOMPOSED 0x00000001U
+#define MB_ERR_INVALID_CHARS 0x00000008U
 
 NORVANE_PLATFORM_BEGIN
 

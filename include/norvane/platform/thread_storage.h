@@ -4,7 +4,7 @@
 #include <norvane/platform/types.h>
 
 /// What `TlsAlloc` answers when no index is left.
-#define TLS_OUT_OF_INDEXES 0xFFFFFFFFu
+#define TLS_OUT_OF_INDEXES 0xFFFFFFFFU
 
 NORVANE_PLATFORM_BEGIN
 

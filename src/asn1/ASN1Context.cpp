@@ -1,0 +1,32 @@
+#include "asn1/ASN1Context.h"
+
+namespace norvane {
+
+int rtInitContext(ASN1CTXT& ctxt) {
+    rtFreeContext(ctxt);
+    return code(ASN1Status::ok);
+}
+
+void rtFreeContext(ASN1CTXT& ctxt) {
+    ctxt.memory.release();
+    ctxt.failure = {};
+    ctxt.unread = {};
+}
+
+void* rtMemHeapAlloc(ASN1CTXT& ctxt, std::size_t size) { return ctxt.memory.allocate(size); }
+
+std::string rtErrGetText(const ASN1CTXT& ctxt) {
+    const ASN1Failure& failure = ctxt.failure;
+    if (failure.status == ASN1Status::ok) {
+        return "no error";
+    }
+    return failure.element + " at offset " + std::to_string(failure.offset) + ": expected " +
+           failure.expected + ", found " + failure.found;
+}
+
+int rtErrSetData(ASN1CTXT& ctxt, ASN1Failure failure) {
+    ctxt.failure = std::move(failure);
+    return code(ctxt.failure.status);
+}
+
+} // namespace norvane

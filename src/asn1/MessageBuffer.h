@@ -14,8 +14,8 @@ class ASN1MessageBuffer {
     enum Type : int { encoder = 0, decoder = 1 };
 
     ASN1MessageBuffer() = default;
-    ASN1MessageBuffer(const ASN1MessageBuffer&) = delete;
-    ASN1MessageBuffer& operator=(const ASN1MessageBuffer&) = delete;
+    ASN1MessageBuffer(ASN1MessageBuffer&&) noexcept = default;
+    ASN1MessageBuffer& operator=(ASN1MessageBuffer&&) noexcept = default;
     virtual ~ASN1MessageBuffer() = default;
 
     /// Makes the buffer as good as new for another use.

@@ -1,6 +1,8 @@
 #include "support/AllocationCounter.h"
 
+#include <algorithm>
 #include <atomic>
+#include <cstddef>
 #include <cstdlib>
 #include <new>
 
@@ -13,8 +15,11 @@ std::atomic<std::size_t> allocated_bytes = 0;
 std::atomic<std::size_t> live_bytes = 0;
 std::atomic<std::size_t> peak_bytes = 0;
 
-void* counted(void* block, std::size_t size) noexcept {
-    if (block == nullptr)
+void* take(std::size_t size, std::align_val_t alignment = {}) noexcept {
+    void* block = nullptr;
+    const std::size_t unit =
+        std::max(static_cast<std::size_t>(alignment), alignof(std::max_align_t));
+    if (posix_memalign(&block, unit, size == 0 ? 1 : size) != 0)
         return nullptr;
     ++allocation_count;
     allocated_bytes += size;
@@ -23,16 +28,6 @@ void* counted(void* block, std::size_t size) noexcept {
     while (peak < live && !peak_bytes.compare_exchange_weak(peak, live)) {
     }
     return block;
-}
-
-void* take(std::size_t size) noexcept { return counted(std::malloc(size == 0 ? 1 : size), size); }
-
-void* take(std::size_t size, std::align_val_t alignment) noexcept {
-    const auto unit = static_cast<std::size_t>(alignment);
-    const std::size_t rounded = (size + unit - 1) / unit * unit;
-    if (rounded < size)
-        return nullptr;
-    return counted(std::aligned_alloc(unit, rounded == 0 ? unit : rounded), size);
 }
 
 void* or_throw(void* block) {

@@ -5,17 +5,6 @@
 namespace norvane::testing {
 namespace {
 
-Bytes tbs_with(const CrlBuilder& fields, const Bytes& algorithm) {
-    std::vector<Bytes> entries;
-    for (const CrlEntry& entry : fields.entries)
-        entries.push_back(entry.encode());
-    const bool has_entries = !entries.empty() || !fields.encoded_entries.empty();
-    return sequence(fields.version == 0 ? Bytes{} : integer(fields.version - 1), algorithm,
-                    fields.issuer, fields.this_update, fields.next_update.value_or(Bytes{}),
-                    has_entries ? sequence(entries, fields.encoded_entries) : Bytes{},
-                    fields.extensions.empty() ? Bytes{} : context(0, sequence(fields.extensions)));
-}
-
 // The finalizer of SplitMix64: a bijection, so different inputs stay different.
 std::uint64_t mixed(std::uint64_t value) {
     value = (value ^ (value >> 30)) * 0xbf58476d1ce4e5b9;
@@ -30,14 +19,15 @@ Bytes CrlEntry::encode() const {
                     extensions.empty() ? Bytes{} : sequence(extensions));
 }
 
-Bytes CrlBuilder::tbs() const {
-    return tbs_with(*this, signature_algorithm.value_or(Key::ec(0).signature_algorithm()));
-}
-
-Bytes CrlBuilder::sign(const Key& key) const {
-    const Bytes signed_part =
-        tbs_with(*this, signature_algorithm.value_or(key.signature_algorithm()));
-    return signed_element(signed_part, key.signature_algorithm(), key.sign(signed_part));
+Bytes CrlBuilder::tbs(const Bytes& algorithm) const {
+    Bytes revoked;
+    for (const CrlEntry& entry : entries)
+        append(revoked, entry.encode());
+    append(revoked, encoded_entries);
+    return sequence(version == 0 ? Bytes{} : integer(version - 1),
+                    signature_algorithm.value_or(algorithm), issuer, this_update,
+                    next_update.value_or(Bytes{}), revoked.empty() ? revoked : sequence(revoked),
+                    extensions.empty() ? Bytes{} : context(0, sequence(extensions)));
 }
 
 Bytes large_crl_serial(std::uint32_t index) {

@@ -16,8 +16,8 @@ struct CrlEntry {
 
 // Every field is put into the list as it stands, valid or not.
 struct CrlBuilder {
-    int version = 2;                                         // 1 or 2; 0 leaves the field out
-    std::optional<Bytes> signature_algorithm = std::nullopt; // inside the tbs; absent: the key's
+    int version = 2;                               // 1 or 2; 0 leaves the field out
+    std::optional<Bytes> signature_algorithm = {}; // inside the tbs; absent: that of the key
     Bytes issuer = common_name("Issuer");
     Bytes this_update = utc_time("260301000000Z"); // whole Time elements
     std::optional<Bytes> next_update = utc_time("351231235959Z");
@@ -25,9 +25,11 @@ struct CrlBuilder {
     Bytes encoded_entries = {}; // entries ready-made, joined, behind `entries`
     std::vector<Bytes> extensions = {};
 
-    // TBSCertList; without a signature_algorithm it names ecdsa-with-SHA256.
-    [[nodiscard]] Bytes tbs() const;
-    [[nodiscard]] Bytes sign(const Key& key) const;
+    // TBSCertList; `algorithm` stands in for an absent signature_algorithm.
+    [[nodiscard]] Bytes tbs(const Bytes& algorithm = Key::ec(0).signature_algorithm()) const;
+    [[nodiscard]] Bytes sign(const Key& key) const {
+        return key.sign_element(tbs(key.signature_algorithm()));
+    }
 };
 
 // A v2 list with `entries` entries of equal length (49 octets), each with a reason code from 1

@@ -3,6 +3,8 @@
 #include <map>
 #include <mutex>
 #include <stdexcept>
+#include <string>
+#include <utility>
 
 #include <openssl/evp.h>
 #include <openssl/x509.h>
@@ -45,20 +47,18 @@ const Key& Key::ec(std::size_t index) {
 }
 
 Bytes Key::spki() const {
-    const int size = i2d_PUBKEY(pair(), nullptr);
+    std::uint8_t* out = nullptr;
+    const int size = i2d_PUBKEY(pair(), &out);
     require(size > 0, "encode a public key");
-    Bytes out(static_cast<std::size_t>(size));
-    std::uint8_t* end = out.data();
-    require(i2d_PUBKEY(pair(), &end) == size, "encode a public key");
-    return out;
+    const std::shared_ptr<void> owner(out, [](void* block) { OPENSSL_free(block); });
+    return {out, out + size};
 }
 
 Bytes Key::sign(const Bytes& message) const {
-    const std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)> digest(EVP_MD_CTX_new(),
-                                                                         EVP_MD_CTX_free);
+    const std::shared_ptr<EVP_MD_CTX> digest(EVP_MD_CTX_new(), EVP_MD_CTX_free);
     require(EVP_DigestSignInit(digest.get(), nullptr, EVP_sha256(), nullptr, pair()) == 1,
             "begin a signature");
-    std::size_t size = static_cast<std::size_t>(EVP_PKEY_get_size(pair()));
+    auto size = static_cast<std::size_t>(EVP_PKEY_get_size(pair()));
     Bytes out(size);
     require(EVP_DigestSign(digest.get(), out.data(), &size, message.data(), message.size()) == 1,
             "sign");
@@ -66,8 +66,8 @@ Bytes Key::sign(const Bytes& message) const {
     return out;
 }
 
-Bytes signed_element(const Bytes& tbs, const Bytes& algorithm, const Bytes& signature) {
-    return sequence(tbs, algorithm, bit_string(signature));
+Bytes Key::sign_element(const Bytes& tbs) const {
+    return sequence(tbs, signature_algorithm_, bit_string(sign(tbs)));
 }
 
 } // namespace norvane::testing

@@ -25,6 +25,8 @@ class Key {
     [[nodiscard]] const Bytes& signature_algorithm() const { return signature_algorithm_; }
     // The octets of the signature's BIT STRING.
     [[nodiscard]] Bytes sign(const Bytes& message) const;
+    // The signed structure around a tbs: SEQUENCE { tbs, signature_algorithm(), BIT STRING }.
+    [[nodiscard]] Bytes sign_element(const Bytes& tbs) const;
     // The pair itself, for checks by libcrypto; it stays ours.
     [[nodiscard]] EVP_PKEY* pair() const { return pair_.get(); }
 
@@ -34,10 +36,5 @@ class Key {
     std::shared_ptr<EVP_PKEY> pair_;
     Bytes signature_algorithm_;
 };
-
-// A signed structure: SEQUENCE { tbs, algorithm, BIT STRING }. With a tbs, an algorithm or a
-// signature that do not belong together it makes certificates and CRLs that are wrong on purpose.
-[[nodiscard]] Bytes signed_element(const Bytes& tbs, const Bytes& algorithm,
-                                   const Bytes& signature);
 
 } // namespace norvane::testing

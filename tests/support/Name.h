@@ -4,8 +4,6 @@
 #include "support/Der.h"
 
 #include <string>
-#include <string_view>
-#include <vector>
 
 namespace norvane::testing {
 
@@ -16,14 +14,28 @@ struct Attribute {
 
 // One RelativeDistinguishedName, its attributes in the given order. A Name with RDNs of several
 // values is sequence(rdn({a, b}), rdn({c})).
-[[nodiscard]] Bytes rdn(const std::vector<Attribute>& attributes);
+[[nodiscard]] inline Bytes rdn(const std::vector<Attribute>& attributes) {
+    Bytes members;
+    for (const Attribute& attribute : attributes)
+        append(members, sequence(oid(attribute.type), attribute.value));
+    return set(members);
+}
 // A Name with one attribute to each RDN: name({{"2.5.4.6", printable("RU")}, ...}).
-[[nodiscard]] Bytes name(const std::vector<Attribute>& attributes);
+[[nodiscard]] inline Bytes name(const std::vector<Attribute>& attributes) {
+    Bytes rdns;
+    for (const Attribute& attribute : attributes)
+        append(rdns, rdn({attribute}));
+    return sequence(rdns);
+}
 // A Name with nothing but a commonName, a PrintableString.
-[[nodiscard]] Bytes common_name(std::string_view text);
+[[nodiscard]] inline Bytes common_name(std::string_view text) {
+    return name({{"2.5.4.3", printable(text)}});
+}
 
 // GeneralName: uniformResourceIdentifier [6], and directoryName [4] around a whole Name.
-[[nodiscard]] Bytes url(std::string_view text);
-[[nodiscard]] Bytes directory_name(const Bytes& name);
+[[nodiscard]] inline Bytes url(std::string_view text) {
+    return context_primitive(6, text_bytes(text));
+}
+[[nodiscard]] inline Bytes directory_name(const Bytes& name) { return context(4, name); }
 
 } // namespace norvane::testing

@@ -49,7 +49,7 @@ void Reader::unexpected(const char* element, std::string expected) {
 
 void Reader::finish() {
     if (!at_end()) {
-        fail(ASN1Status::trailing_bytes, nullptr, next_, "its end",
+        fail(ASN1Status::trailing_bytes, parent_ == nullptr ? "input" : nullptr, next_, "its end",
              octets(static_cast<std::size_t>(end_ - next_)) + " more");
     }
 }
@@ -72,7 +72,8 @@ std::string Reader::path(const char* element) const {
     return path;
 }
 
-bool Reader::read_length(const std::uint8_t*& at, const char* element, std::uint32_t& length) {
+bool Reader::read_length(const std::uint8_t*& at, const std::uint8_t* end, const char* element,
+                         std::uint32_t& length) {
     const auto not_minimal = [this] {
         next_ = end_;
         if (!attempt_.failed()) {
@@ -82,7 +83,7 @@ bool Reader::read_length(const std::uint8_t*& at, const char* element, std::uint
         return false;
     };
     const std::uint8_t* const start = at;
-    if (at == end_) {
+    if (at == end) {
         fail(ASN1Status::unexpected_end, element, at, "a length", "the end of the data");
         return false;
     }
@@ -94,7 +95,7 @@ bool Reader::read_length(const std::uint8_t*& at, const char* element, std::uint
         return not_minimal();
     }
     const std::uint32_t count = length & ~std::uint32_t{long_length_bit};
-    if (length == reserved_length || count > static_cast<std::size_t>(end_ - at)) {
+    if (length == reserved_length || count > static_cast<std::size_t>(end - at)) {
         fail(ASN1Status::bad_length, element, start, "a length",
              length == reserved_length ? "the reserved octet 0xff" : "the end of the data");
         return false;
@@ -140,7 +141,7 @@ bool Reader::read_header(const std::uint8_t*& at, const std::uint8_t* end, const
         }
         ++at;
     }
-    if (!read_length(at, element, length)) {
+    if (!read_length(at, end, element, length)) {
         return false;
     }
     if (length > static_cast<std::size_t>(end - at)) {
@@ -155,9 +156,10 @@ bool Reader::read_header(const std::uint8_t*& at, const std::uint8_t* end, const
 ByteView Reader::content_in_full(Tag tag, const char* element) {
     if (!next_is(tag)) {
         if (attempt_.failed()) {
-            return {};
+            next_ = end_; // Somebody else's failure; a loop over the elements ends with it.
+        } else {
+            unexpected(element, tag_name(tag));
         }
-        unexpected(element, tag_name(tag));
         return {};
     }
     const std::uint8_t* at = next_;

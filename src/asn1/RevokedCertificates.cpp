@@ -113,15 +113,18 @@ ProvenElement element_at(const std::uint8_t* place) {
     return {place, {at, length}};
 }
 
-/// The octets of a string. `joined` moves on to the strings behind it.
-ByteView string_octets(const ProvenElement& element, const JoinedString*& joined) {
-    if (!is_constructed(element.tag())) {
-        return element.content;
-    }
-    while (joined->place != element.place) {
+/// The first of the joined strings at `place` or behind it. Walks keep theirs abreast, so that the
+/// list is gone through once and not anew for every string.
+const JoinedString* joined_from(const JoinedString* joined, const std::uint8_t* place) {
+    while (joined != nullptr && joined->place < place) {
         joined = joined->next;
     }
-    return joined->octets;
+    return joined;
+}
+
+ByteView string_octets(const ProvenElement& element, const JoinedString* joined) {
+    return is_constructed(element.tag()) ? joined_from(joined, element.place)->octets
+                                         : element.content;
 }
 
 constexpr std::array<std::uint8_t, 3> reason_code_oid{0x55, 0x1d, 21};
@@ -155,6 +158,7 @@ ASN1T_RevokedCertificates::iterator& ASN1T_RevokedCertificates::iterator::operat
     if (place_ == end_) {
         return *this;
     }
+    joined_ = joined_from(joined_, place_);
     const ByteView fields = element_at(place_).content;
     next_ = fields.end();
 
@@ -177,6 +181,7 @@ ASN1T_RevokedCertificates::iterator& ASN1T_RevokedCertificates::iterator::operat
 
 ASN1T_EntryExtensions::iterator& ASN1T_EntryExtensions::iterator::operator++() {
     place_ = element_at(place_).content.end();
+    joined_ = joined_from(joined_, place_);
     return *this;
 }
 
@@ -189,8 +194,7 @@ ASN1T_Extension ASN1T_EntryExtensions::iterator::operator*() const {
         extension.critical = *field.content.data != 0;
         field = element_at(field.content.end());
     }
-    const JoinedString* joined = joined_;
-    extension.extnValue = string_octets(field, joined);
+    extension.extnValue = string_octets(field, joined_);
     if (extension.extnID.content() == ByteView{reason_code_oid.data(), reason_code_oid.size()}) {
         ASN1CTXT scratch;
         ASN1T_CRLReason reason;

@@ -33,7 +33,7 @@ class ASN1CTime::TextReader {
         ok = ok && (!has_minutes || read_number(2, fields.minute));
         const bool has_seconds = has_minutes && next_is_digit();
         ok = ok && (!has_seconds || read_number(2, fields.second));
-        if (form == Form::generalized_time) {
+        if (form == Form::generalized_time && has_seconds) {
             ok = ok && skip_fraction();
         }
         int offset_minutes = 0;
@@ -45,10 +45,13 @@ class ASN1CTime::TextReader {
     }
 
     static bool is_valid(const Fields& fields) {
-        const std::chrono::year_month_day date = date_of(fields);
-        return fields.year >= 1 && fields.year <= last_year && date.ok() && fields.hour >= 0 &&
-               fields.hour < 24 && fields.minute >= 0 && fields.minute < 60 && fields.second >= 0 &&
-               fields.second < 60;
+        const auto lies_in = [](int value, int first, int last) {
+            return value >= first && value <= last;
+        };
+        // The types of a calendar date hold a field modulo 256 only.
+        return lies_in(fields.year, 1, last_year) && lies_in(fields.month, 1, 12) &&
+               lies_in(fields.day, 1, 31) && date_of(fields).ok() && lies_in(fields.hour, 0, 23) &&
+               lies_in(fields.minute, 0, 59) && lies_in(fields.second, 0, 59);
     }
 
     static std::optional<Fields> from_seconds(std::chrono::sys_seconds moment) {

@@ -19,7 +19,7 @@ class Arena {
     /// At least `size` bytes, aligned for any object; never null. Throws std::bad_alloc.
     [[nodiscard]] void* allocate(std::size_t size) {
         const std::size_t rounded = (size + alignment - 1) & ~(alignment - 1);
-        if (rounded < size || rounded > static_cast<std::size_t>(end_ - next_)) {
+        if (rounded < size || rounded >= static_cast<std::size_t>(end_ - next_)) {
             return allocate_from_new_chunk(size);
         }
         void* piece = next_;

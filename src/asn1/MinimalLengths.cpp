@@ -195,6 +195,7 @@ class Locate {
             return false;
         }
         left_ -= octets;
+        found = header.content;
         return true;
     }
 

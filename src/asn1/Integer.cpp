@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <ranges>
 
 namespace norvane {
 namespace {
@@ -40,9 +41,9 @@ void negate(Octets first, Octets last) {
 /// Multiplies the magnitude by `radix` and adds `digit`.
 void append_digit(std::vector<std::uint8_t>& magnitude, unsigned radix, unsigned digit) {
     unsigned carry = digit;
-    for (auto octet = magnitude.rbegin(); octet != magnitude.rend(); ++octet) {
-        const unsigned product = *octet * radix + carry;
-        *octet = static_cast<std::uint8_t>(product);
+    for (std::uint8_t& octet : std::ranges::reverse_view(magnitude)) {
+        const unsigned product = octet * radix + carry;
+        octet = static_cast<std::uint8_t>(product);
         carry = product >> 8;
     }
     if (carry != 0) {

@@ -63,11 +63,10 @@ unsigned Reader::depth() const {
 }
 
 std::string Reader::path(const char* element) const {
-    std::string path = element == nullptr ? "" : element;
-    for (const Reader* reader = this; reader != nullptr; reader = reader->parent_) {
-        if (reader->element_ != nullptr) {
-            path = path.empty() ? reader->element_ : reader->element_ + ("." + path);
-        }
+    std::string path = parent_ == nullptr ? "" : parent_->path(element_);
+    if (element != nullptr) {
+        path += path.empty() ? "" : ".";
+        path += element;
     }
     return path;
 }

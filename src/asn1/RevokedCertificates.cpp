@@ -95,7 +95,7 @@ class EntryChecker {
 
 /// An element with a definite, minimal length that lies wholly in the data.
 struct ProvenElement {
-    const std::uint8_t* place;
+    const std::uint8_t* place = nullptr;
     ByteView content;
 
     [[nodiscard]] Tag tag() const { return static_cast<Tag>(*place); }

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <ranges>
 
 namespace norvane {
 namespace {
@@ -41,11 +40,11 @@ void negate(Octets first, Octets last) {
 /// Multiplies the magnitude by `radix` and adds `digit`.
 void append_digit(std::vector<std::uint8_t>& magnitude, unsigned radix, unsigned digit) {
     unsigned carry = digit;
-    for (std::uint8_t& octet : std::ranges::reverse_view(magnitude)) {
+    std::for_each(magnitude.rbegin(), magnitude.rend(), [&carry, radix](std::uint8_t& octet) {
         const unsigned product = octet * radix + carry;
         octet = static_cast<std::uint8_t>(product);
         carry = product >> 8;
-    }
+    });
     if (carry != 0) {
         magnitude.insert(magnitude.begin(), static_cast<std::uint8_t>(carry));
     }

@@ -35,24 +35,14 @@ void decode(Reader& in, ASN1T_TBSCertificate& out, const char* element) {
         out.subjectUniqueID = fields.bit_string(context(2), "subjectUniqueID");
         out.m.subjectUniqueIDPresent = 1;
     }
-    if (fields.next_is(constructed(context(3)))) {
-        Reader wrapper = fields.enter(constructed(context(3)), "extensions");
-        decode(wrapper, out.extensions, nullptr);
-        wrapper.finish();
-        out.m.extensionsPresent = 1;
-    }
+    out.m.extensionsPresent =
+        decode_optional(fields, constructed(context(3)), out.extensions, "extensions") ? 1 : 0;
     fields.finish();
     out.encoding = in.since(start);
 }
 
 void decode(Reader& in, ASN1T_Certificate& out) {
-    const std::uint8_t* const start = in.position();
-    Reader fields = in.enter(Tag::sequence, "Certificate");
-    decode(fields, out.tbsCertificate, "tbsCertificate");
-    decode(fields, out.signatureAlgorithm, "signatureAlgorithm");
-    out.signature = fields.bit_string(Tag::bit_string, "signature");
-    fields.finish();
-    out.encoding = in.since(start);
+    decode_signed(in, out, "Certificate", &ASN1T_Certificate::tbsCertificate, "tbsCertificate");
 }
 
 void bind_context(ASN1T_TBSCertificate& value, const ASN1ContextPtr& context) {

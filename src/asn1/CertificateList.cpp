@@ -20,24 +20,15 @@ void decode(Reader& in, ASN1T_TBSCertList& out, const char* element) {
         decode(fields, out.revokedCertificates);
         out.m.revokedCertificatesPresent = 1;
     }
-    if (fields.next_is(constructed(context(0)))) {
-        Reader wrapper = fields.enter(constructed(context(0)), "crlExtensions");
-        decode(wrapper, out.crlExtensions, nullptr);
-        wrapper.finish();
-        out.m.crlExtensionsPresent = 1;
-    }
+    out.m.crlExtensionsPresent =
+        decode_optional(fields, constructed(context(0)), out.crlExtensions, "crlExtensions") ? 1
+                                                                                             : 0;
     fields.finish();
     out.encoding = in.since(start);
 }
 
 void decode(Reader& in, ASN1T_CertificateList& out) {
-    const std::uint8_t* const start = in.position();
-    Reader fields = in.enter(Tag::sequence, "CertificateList");
-    decode(fields, out.tbsCertList, "tbsCertList");
-    decode(fields, out.signatureAlgorithm, "signatureAlgorithm");
-    out.signature = fields.bit_string(Tag::bit_string, "signature");
-    fields.finish();
-    out.encoding = in.since(start);
+    decode_signed(in, out, "CertificateList", &ASN1T_CertificateList::tbsCertList, "tbsCertList");
 }
 
 void bind_context(ASN1T_TBSCertList& value, const ASN1ContextPtr& context) {

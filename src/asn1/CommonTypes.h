@@ -35,4 +35,18 @@ void decode(Reader& in, ASN1T_Time& out, const char* element);
 void decode(Reader& in, ASN1T_AlgorithmIdentifier& out, const char* element);
 void decode(Reader& in, ASN1T_SubjectPublicKeyInfo& out, const char* element);
 
+/// Decodes SIGNED (X.509 6.2): SEQUENCE { `tbs`, signatureAlgorithm, signature }, the form that
+/// certificates and CRLs have in common, with the encoding of the whole.
+template <class Signed, class Tbs>
+void decode_signed(Reader& in, Signed& out, const char* element, Tbs Signed::*tbs,
+                   const char* tbs_element) {
+    const std::uint8_t* const start = in.position();
+    Reader fields = in.enter(Tag::sequence, element);
+    decode(fields, out.*tbs, tbs_element);
+    decode(fields, out.signatureAlgorithm, "signatureAlgorithm");
+    out.signature = fields.bit_string(Tag::bit_string, "signature");
+    fields.finish();
+    out.encoding = in.since(start);
+}
+
 } // namespace norvane

@@ -1,6 +1,6 @@
 #include "asn1/ControlClass.h"
 
-#include "asn1/MinimalLengths.h"
+#include "asn1/BerHeader.h"
 #include "asn1/Tag.h"
 
 #include <cstring>

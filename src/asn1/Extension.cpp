@@ -63,4 +63,14 @@ void decode(Reader& in, ASN1T_Extensions& out, const char* element) {
     }
 }
 
+bool decode_optional(Reader& in, Tag tag, ASN1T_Extensions& out, const char* element) {
+    if (!in.next_is(tag)) {
+        return false;
+    }
+    Reader wrapper = in.enter(tag, element);
+    decode(wrapper, out, nullptr);
+    wrapper.finish();
+    return true;
+}
+
 } // namespace norvane

@@ -42,4 +42,7 @@ using ASN1T_Extensions = ASN1TSeqOfList<ASN1T_Extension>;
 void decode(Reader& in, ASN1T_Extension& out);
 void decode(Reader& in, ASN1T_Extensions& out, const char* element);
 
+/// Decodes an optional list of extensions inside an explicit `tag`. Whether it is there.
+[[nodiscard]] bool decode_optional(Reader& in, Tag tag, ASN1T_Extensions& out, const char* element);
+
 } // namespace norvane

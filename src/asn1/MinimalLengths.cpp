@@ -10,8 +10,6 @@
 namespace norvane {
 namespace {
 
-constexpr std::uint8_t long_length_bit = 0x80;
-
 /// Walks the elements of one BER element in encoded order and tells a visitor: open(header) and
 /// close() around a constructed element, primitive(header, content) for one that is not.
 class Walker {
@@ -80,11 +78,7 @@ class Walker {
     }
 
     bool fail(ASN1Status status, const std::uint8_t* at, std::string expected, std::string found) {
-        failure = {.status = status,
-                   .element = "BER element",
-                   .offset = static_cast<std::uint32_t>(at - input_.begin()),
-                   .expected = std::move(expected),
-                   .found = std::move(found)};
+        failure = ber_failure(status, input_, at, std::move(expected), std::move(found));
         return false;
     }
 
@@ -204,17 +198,6 @@ class Locate {
 };
 
 } // namespace
-
-std::uint8_t* write_length(std::uint8_t* out, std::uint32_t length) {
-    const std::uint32_t octets = length_octets(length);
-    if (octets > 1) {
-        *out++ = static_cast<std::uint8_t>(long_length_bit | (octets - 1));
-    }
-    for (std::uint32_t i = octets > 1 ? octets - 1 : 1; i != 0; --i) {
-        *out++ = static_cast<std::uint8_t>(length >> 8 * (i - 1));
-    }
-    return out;
-}
 
 ASN1Failure MinimalLengths::measure() {
     content_lengths_.clear();

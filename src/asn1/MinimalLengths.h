@@ -37,20 +37,4 @@ class MinimalLengths {
     std::vector<std::uint32_t> content_lengths_;
 };
 
-/// Octets that a definite, minimal length takes.
-[[nodiscard]] constexpr std::uint32_t length_octets(std::uint32_t length) {
-    if (length < 0x80) {
-        return 1;
-    }
-    std::uint32_t count = 2;
-    while (length > 0xff) {
-        length >>= 8;
-        ++count;
-    }
-    return count;
-}
-
-/// Writes `length` in definite, minimal form to `out`. Returns where the next octet goes.
-std::uint8_t* write_length(std::uint8_t* out, std::uint32_t length);
-
 } // namespace norvane

@@ -1,6 +1,6 @@
 #include "asn1/Name.h"
 
-#include "asn1/MinimalLengths.h"
+#include "asn1/BerHeader.h"
 
 #include <array>
 #include <cstring>

@@ -1,5 +1,7 @@
 #include "asn1/Reader.h"
 
+#include "asn1/BerHeader.h"
+
 #include <array>
 #include <cstring>
 #include <limits>
@@ -8,11 +10,6 @@
 namespace norvane {
 namespace {
 
-constexpr std::uint8_t long_length_bit = 0x80;
-constexpr std::uint8_t indefinite_length = 0x80;
-constexpr std::uint8_t reserved_length = 0xff; // X.690 8.1.3.5 c
-constexpr std::uint8_t high_tag_number = 0x1f;
-constexpr unsigned max_tag_octets = 5;
 constexpr std::uint8_t most_unused_bits = 7;
 
 std::string octets(std::size_t count) {
@@ -71,84 +68,25 @@ std::string Reader::path(const char* element) const {
     return path;
 }
 
-bool Reader::read_length(const std::uint8_t*& at, const std::uint8_t* end, const char* element,
+bool Reader::read_header(const std::uint8_t*& at, const std::uint8_t* end, const char* element,
                          std::uint32_t& length) {
-    const auto not_minimal = [this] {
+    BerHeader header;
+    ASN1Failure failure;
+    if (!read_ber_header(attempt_.input, at, end, header, failure)) {
+        fail(failure.status, element, attempt_.input.begin() + failure.offset,
+             std::move(failure.expected), std::move(failure.found));
+        return false;
+    }
+    if (!header.minimal()) {
         next_ = end_;
         if (!attempt_.failed()) {
             attempt_.status = ASN1Status::bad_length;
             attempt_.lengths_not_minimal = true;
         }
         return false;
-    };
-    const std::uint8_t* const start = at;
-    if (at == end) {
-        fail(ASN1Status::unexpected_end, element, at, "a length", "the end of the data");
-        return false;
     }
-    length = *at++;
-    if ((length & long_length_bit) == 0) {
-        return true;
-    }
-    if (length == indefinite_length) {
-        return not_minimal();
-    }
-    const std::uint32_t count = length & ~std::uint32_t{long_length_bit};
-    if (length == reserved_length || count > static_cast<std::size_t>(end - at)) {
-        fail(ASN1Status::bad_length, element, start, "a length",
-             length == reserved_length ? "the reserved octet 0xff" : "the end of the data");
-        return false;
-    }
-    if (*at == 0) {
-        return not_minimal();
-    }
-    if (count > sizeof length) {
-        fail(ASN1Status::bad_length, element, start, "a length that fits the data",
-             "a length of " + octets(count));
-        return false;
-    }
-    length = 0;
-    for (const std::uint8_t* const last = at + count; at != last; ++at) {
-        length = length << 8 | *at;
-    }
-    return (length & ~std::uint32_t{largest_short_length}) != 0 || not_minimal();
-}
-
-bool Reader::read_header(const std::uint8_t*& at, const std::uint8_t* end, const char* element,
-                         std::uint32_t& length) {
-    const std::uint8_t* const start = at;
-    if (at == end) {
-        fail(ASN1Status::unexpected_end, element, at, "an element", "the end of the data");
-        return false;
-    }
-    const std::uint8_t tag = *at++;
-    if (tag == 0) {
-        fail(ASN1Status::unexpected_tag, element, start, "an element",
-             "end-of-contents octets without an indefinite length");
-        return false;
-    }
-    if ((tag & tag_number_mask) == high_tag_number) {
-        const bool padded = at != end && *at == long_length_bit;
-        while (at != end && at - start < max_tag_octets && (*at & long_length_bit) != 0) {
-            ++at;
-        }
-        if (padded || at == end || (*at & long_length_bit) != 0 ||
-            (at - start == 1 && *at < high_tag_number)) {
-            fail(ASN1Status::unexpected_tag, element, start, "a tag number in its shortest form",
-                 "one that is padded, cut off or too long");
-            return false;
-        }
-        ++at;
-    }
-    if (!read_length(at, end, element, length)) {
-        return false;
-    }
-    if (length > static_cast<std::size_t>(end - at)) {
-        fail(ASN1Status::bad_length, element, start,
-             "at most " + octets(static_cast<std::size_t>(end - at)) + " of content",
-             "a length of " + octets(length));
-        return false;
-    }
+    at = header.content;
+    length = header.length;
     return true;
 }
 

@@ -130,8 +130,6 @@ class Reader {
     ByteView content_in_full(Tag tag, const char* element);
     bool read_header(const std::uint8_t*& at, const std::uint8_t* end, const char* element,
                      std::uint32_t& length);
-    bool read_length(const std::uint8_t*& at, const std::uint8_t* end, const char* element,
-                     std::uint32_t& length);
     bool check_bit_string(ByteView octets, const std::uint8_t* at, const char* element,
                           std::uint8_t& unused_bits);
     [[nodiscard]] Joined join_segments(Tag tag, Tag segment, const char* element);

@@ -25,11 +25,13 @@
 
 #else
 
+#include <norvane/platform/certificates.h>
 #include <norvane/platform/clock.h>
 #include <norvane/platform/encoding.h>
 #include <norvane/platform/error_codes.h>
 #include <norvane/platform/last_error.h>
 #include <norvane/platform/local_memory.h>
+#include <norvane/platform/stores.h>
 #include <norvane/platform/text.h>
 #include <norvane/platform/thread_storage.h>
 #include <norvane/platform/types.h>

@@ -31,6 +31,7 @@
 #include <norvane/platform/error_codes.h>
 #include <norvane/platform/last_error.h>
 #include <norvane/platform/local_memory.h>
+#include <norvane/platform/registry.h>
 #include <norvane/platform/stores.h>
 #include <norvane/platform/text.h>
 #include <norvane/platform/thread_storage.h>

@@ -1,0 +1,32 @@
+#include "platform/ModulePath.h"
+
+#include <dlfcn.h>
+#include <system_error>
+
+namespace norvane {
+namespace {
+
+constexpr const char* module_folder = "norvane";
+
+/// The folder of the library that holds this code, symbolic links resolved; empty if unknown.
+std::filesystem::path library_folder() {
+    static const int inside_this_library = 0;
+    Dl_info info{};
+    if (dladdr(&inside_this_library, &info) == 0) {
+        return {};
+    }
+    std::error_code error;
+    return std::filesystem::canonical(info.dli_fname, error).parent_path();
+}
+
+} // namespace
+
+std::filesystem::path module_path(const std::filesystem::path& name) {
+    if (name.empty() || name.is_absolute()) {
+        return name;
+    }
+    static const std::filesystem::path folder = library_folder();
+    return folder.empty() ? folder : folder / module_folder / name;
+}
+
+} // namespace norvane

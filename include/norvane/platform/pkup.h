@@ -9,6 +9,11 @@ inline constexpr CLSID CLSID_PrivateKeyUsageChecker = {
 inline constexpr IID IID_IPrivateKeyUsageChecker = {
     0x59EDB358, 0x096F, 0x4E09, {0x82, 0xE7, 0x4D, 0x3C, 0x87, 0x3E, 0xF5, 0x75}};
 
+#ifdef _WIN32
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor" // the system's interfaces have public ones
+#endif
+
 struct IPrivateKeyUsageChecker : IDispatch {
     /// Whether a date lies in the private key usage period (RFC 3280 4.2.1.4) of a certificate, its
     /// bounds included. It does if the certificate tells none.
@@ -26,3 +31,7 @@ struct IPrivateKeyUsageChecker : IDispatch {
   protected:
     ~IPrivateKeyUsageChecker() = default;
 };
+
+#ifdef _WIN32
+#pragma GCC diagnostic pop
+#endif

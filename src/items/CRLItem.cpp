@@ -81,13 +81,14 @@ struct CRLItem::Rules {
 };
 
 CRLItem& CRLItem::operator=(const CRLItem& other) {
-    if (this != &other) {
-        copy_from(other);
-    }
+    copy_from(other);
     return *this;
 }
 
 void CRLItem::copy_from(const CRLItem& other) {
+    if (this == &other) {
+        return;
+    }
     clear();
     source_ = other.source_.copy_encoded();
     issuer_ = other.issuer_;

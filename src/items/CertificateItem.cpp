@@ -35,13 +35,14 @@ struct CertificateItem::Rules {
 };
 
 CertificateItem& CertificateItem::operator=(const CertificateItem& other) {
-    if (this != &other) {
-        copy_from(other);
-    }
+    copy_from(other);
     return *this;
 }
 
 void CertificateItem::copy_from(const CertificateItem& other) {
+    if (this == &other) {
+        return;
+    }
     clear();
     source_ = other.source_.copy_encoded();
     issuer_ = other.issuer_;

@@ -19,9 +19,10 @@ namespace norvane {
 /// is decoded before somebody asks, and each derived value is made once and kept.
 ///
 /// The accessors are const because they only add what follows from the bytes; they are not
-/// guarded, so an item belongs to one thread. What they return lives as long as the item and is
-/// not moved by moving it. Each throws Asn1Exception if the certificate does not decode; what is
-/// written beside the accessors of extensions tells what a second read does then.
+/// guarded, so an item belongs to one thread. What they return lives as long as the item. Moving an
+/// item leaves its bytes and the decoded structure in place, while names, blobs and lists move with
+/// it. Each throws Asn1Exception if the certificate does not decode; what is written beside the
+/// accessors of extensions tells what a second read does then.
 class CertificateItem {
   public:
     /// An item without content: encoded() throws CAException "No source for fill_encoded".

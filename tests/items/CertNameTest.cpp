@@ -1,0 +1,129 @@
+#include "items/CertName.h"
+
+#include "Material.h"
+
+#include <algorithm>
+#include <random>
+
+#include <gtest/gtest.h>
+
+#include "values/ErrorOf.h"
+
+namespace norvane {
+namespace {
+
+using namespace testing;
+using namespace std::string_literals;
+
+constexpr const char* common = "2.5.4.3";
+constexpr const char* country = "2.5.4.6";
+constexpr const char* email = "1.2.840.113549.1.9.1";
+constexpr const char* organisation = "2.5.4.10";
+constexpr const char* serial_number = "2.5.4.5";
+
+Bytes canonical(const Bytes& name) { return bytes_of(canonical_name(blob(name))); }
+Bytes one(const char* type, const Bytes& value) { return name({{type, value}}); }
+
+TEST(CanonicalName, PrintableStringsOfTheTableAreFoldedAndAllElseStays) {
+    for (const char* type : {country, email, "2.5.4.8", "2.5.4.7", organisation, "2.5.4.11",
+                             "2.5.4.12", "2.5.4.42", "2.5.4.43", "2.5.4.4", common}) {
+        EXPECT_EQ(canonical(one(type, printable("  AcmE   Z "))), one(type, printable("acme z")));
+        for (const Bytes& value : {utf8("  AcmE "), ia5(" E "), teletex(" T "), bmp(u" Ab")})
+            EXPECT_EQ(canonical(one(type, value)), one(type, value)) << type;
+    }
+    for (const char* type : {serial_number, "0.9.2342.19200300.100.1.25", "2.5.4.65", "2.5.4.9",
+                             "1.2.643.3.131.1.1", "2.5.4.4.1", "2.5.4.259"}) {
+        EXPECT_EQ(canonical(one(type, printable(" A "))), one(type, printable(" A "))) << type;
+    }
+}
+
+TEST(CanonicalName, OfRandomNamesIsTheNameWithFoldedTextsAndItsOwnForm) {
+    std::mt19937 random(2); // NOLINT(cert-msc51-cpp): the same names in every run
+    const auto one_of = [&](const auto& list) { return list[random() % std::size(list)]; };
+    // Only 0x20 is a space, only A to Z are folded, and a zero octet ends nothing.
+    const std::string octets = "    aAzZ@[`{\t\0\xa0\xc0"s;
+    const std::vector<const char*> types = {common, country, email, organisation, serial_number};
+    const std::vector<Bytes (*)(std::string_view)> strings = {printable, utf8, ia5, teletex};
+    for (int round = 0; round < 500; ++round) {
+        Bytes original;
+        Bytes expected;
+        for (auto rdns = random() % 5; rdns > 0; --rdns) {
+            std::vector<Attribute> attributes;
+            std::vector<Attribute> folded;
+            for (auto count = 1 + random() % 3; count > 0; --count) {
+                std::string text(random() % 140, ' ');
+                std::ranges::for_each(text, [&](char& octet) { octet = one_of(octets); });
+                const char* const type = one_of(types);
+                const auto make = one_of(strings);
+                attributes.push_back({type, make(text)});
+                if (make == printable && type != serial_number) {
+                    const auto both_spaces = [](char x, char y) { return x == ' ' && y == ' '; };
+                    text.erase(std::unique(text.begin(), text.end(), both_spaces), text.end());
+                    text.erase(0, text.starts_with(' ') ? 1 : 0);
+                    text.erase(text.size() - (text.ends_with(' ') ? 1 : 0));
+                    std::ranges::replace(text, 'A', 'a');
+                    std::ranges::replace(text, 'Z', 'z');
+                }
+                folded.push_back({type, make(text)});
+            }
+            append(original, rdn(attributes));
+            append(expected, rdn(folded));
+        }
+        EXPECT_EQ(canonical(sequence(original)), sequence(expected));
+        EXPECT_EQ(canonical(sequence(expected)), sequence(expected));
+        EXPECT_EQ(canonical(to_indefinite(sequence(original))), sequence(expected));
+    }
+    const Bytes segments = ber_segments(0x13, {octet_string({' ', 'R'}), octet_string({'U'})});
+    EXPECT_EQ(canonical(one(country, segments)), one(country, printable("ru")));
+}
+
+TEST(CanonicalName, WhatIsNoNameThrowsAsn1ExceptionEachTime) {
+    const Bytes name = common_name("A");
+    for (const Bytes& garbage :
+         {Bytes{}, null(), set(), sequence(sequence()), cat(name, null()),
+          Bytes(name.begin(), name.end() - 1), hex("3080"), sequence(directory_name(name))}) {
+        const CACMPT_CERT_NAME garbage_name(blob(garbage));
+        for (int read = 0; read < 2; ++read) {
+            const Error error =
+                error_of([&] { return names_equal(CACMPT_CERT_NAME(blob(name)), garbage_name); });
+            EXPECT_EQ(error.type, "Asn1Exception");
+            EXPECT_EQ(error.module, "ChainBase");
+        }
+    }
+}
+
+TEST(NamesEqual, GoesByTheCanonicalFormsAndKeepsThem) {
+    const Attribute ru{country, printable("RU")};
+    const Attribute a{common, printable("A")};
+    const struct {
+        const char* what;
+        Bytes left;
+        Bytes right;
+        bool equal;
+    } cases[] = {
+        {"case and spaces", one(organisation, printable("  Acme   Corp ")),
+         one(organisation, printable("acme corp")), true},
+        {"the same in UTF-8", one(organisation, utf8("Acme")), one(organisation, utf8("acme")),
+         false},
+        {"string types", one(common, printable("abc")), one(common, utf8("abc")), false},
+        {"attribute types", one(common, printable("a")), one(organisation, printable("a")), false},
+        {"order of RDNs", name({ru, a}), name({a, ru}), false},
+        {"order in an RDN", sequence(rdn({ru, a})), sequence(rdn({a, ru})), false},
+        {"one RDN of two", sequence(rdn({ru, a})), name({ru, a}), false},
+        {"a prefix", name({ru, a}), name({ru}), false},
+        {"empty names", sequence(), sequence(), true},
+        {"an empty name and another", sequence(), sequence(rdn({})), false},
+        {"spaces and nothing", one(common, printable("  ")), one(common, printable("")), true}};
+    for (const auto& test : cases) {
+        const CACMPT_CERT_NAME left(blob(test.left));
+        const CACMPT_CERT_NAME right(blob(test.right));
+        EXPECT_EQ(names_equal(left, right), test.equal) << test.what;
+        EXPECT_EQ(names_equal(right, left), test.equal) << test.what;
+        const auto* const kept = left.canonical().data;
+        EXPECT_EQ(left.canonical().data, kept) << test.what;
+        EXPECT_EQ(bytes_of(left.encoded), test.left) << test.what;
+    }
+}
+
+} // namespace
+} // namespace norvane

@@ -1,0 +1,140 @@
+#include "items/CertificateItem.h"
+
+#include "Material.h"
+
+#include <gtest/gtest.h>
+
+#include "values/ErrorOf.h"
+
+namespace norvane {
+namespace {
+
+using namespace testing;
+
+TEST(CertificateItem, SelfSignedGoesByTheSignatureAloneAndIsAskedOnce) {
+    const struct {
+        const char* what;
+        const Key& signer;
+        Bytes subject;
+        bool self_signed;
+    } cases[] = {{"own key, own name", Key::ec(0), common_name("Issuer"), true},
+                 {"own key, another name", Key::ec(0), common_name("Subject"), true},
+                 {"another key, own name", Key::ec(1), common_name("Issuer"), false},
+                 {"a key of another kind", Key::rsa(0), common_name("Issuer"), false}};
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.what);
+        const Bytes der = CertificateBuilder{.subject = test.subject}.sign(test.signer);
+        const CertificateItem item(blob(der));
+        const unsigned asked = verification_count();
+        EXPECT_EQ(item.is_self_signed(), test.self_signed);
+        EXPECT_EQ(item.is_self_signed(), test.self_signed);
+        EXPECT_EQ(CertificateItem(item).is_self_signed(), test.self_signed);
+        EXPECT_EQ(verification_count(), asked + 1);
+        // The signature is checked over the tbs as it is encoded again, with definite lengths.
+        EXPECT_EQ(CertificateItem(blob(to_indefinite(der))).is_self_signed(), test.self_signed);
+    }
+}
+
+TEST(CertificateItem, NamesOfBerAreEncodedAgainAsDer) {
+    const Bytes name = testing::name({{"2.5.4.6", printable("RU")}, {"2.5.4.3", utf8("A")}});
+    const Bytes der = CertificateBuilder{.issuer = name, .subject = name}.sign(Key::ec(0));
+    for (const Bytes& encoding : {der, to_indefinite(der)}) {
+        const CertificateItem item(blob(encoding));
+        EXPECT_EQ(bytes_of(item.issuer_name().encoded), name);
+        EXPECT_EQ(bytes_of(item.subject_name().encoded), name);
+    }
+}
+
+TEST(CertificateItem, BasicConstraintsKeepWhetherTheyAreCritical) {
+    for (const auto critical : {Critical::no, Critical::yes}) {
+        const CertificateItem item =
+            certificate({extension("2.5.29.19", critical, sequence(boolean(true)))});
+        EXPECT_EQ(item.basic_constraints_critical(), critical == Critical::yes);
+        EXPECT_TRUE(item.basic_constraints()->cA);
+    }
+}
+
+TEST(CertificateItem, DistributionPointsAreListedWithEncodingsOfTheirOwn) {
+    const Bytes issuer = directory_name(common_name("I"));
+    const std::vector<testing::DistributionPoint> points = {
+        {.full_name = {url("http://a"), url("ldap://b")}, .crl_issuer = {issuer, url("x:y")}},
+        {.relative_name = {{"2.5.4.3", printable("R")}}, .reasons = Bits{}},
+        {.reasons = Bits{{0x40}, 6}},
+        {.reasons = Bits{{0xff}, 7}}, // unused bits that are not zero
+        {.reasons = named_bits({1, 8})},
+        {.reasons = Bits{{0xff, 0xff, 0xff}, 7}}};
+    Bytes relative = rdn({{"2.5.4.3", printable("R")}});
+    relative[0] = 0xa1;
+    // Copies, which outlive the items.
+    const DistributionPointList lists[] = {
+        *certificate({crl_distribution_points(points)}).crl_distribution_points(),
+        *certificate({freshest_crl(points)}).freshest_crl(),
+        *crl({freshest_crl(points)}).freshest_crl()};
+    for (const DistributionPointList& list : lists) {
+        ASSERT_EQ(list.size(), points.size());
+        // GeneralNames under the tag of a SEQUENCE, not under the [2] of the field.
+        EXPECT_EQ(bytes_of(list[0].crl_issuer_names->encoded), sequence(issuer, url("x:y")));
+        EXPECT_EQ(bytes_of(*list[0].distribution_point),
+                  context(0, url("http://a"), url("ldap://b")));
+        EXPECT_EQ(list[0].reasons, std::nullopt);
+        EXPECT_EQ(bytes_of(*list[1].distribution_point), relative);
+        EXPECT_FALSE(list[1].crl_issuer_names);
+        EXPECT_FALSE(list[2].distribution_point);
+        std::size_t place = 1;
+        for (const int reasons : {0x00, 0x40, 0x80, 0x40, 0xff})
+            EXPECT_EQ(list[place++].reasons, reasons);
+    }
+}
+
+bool has_usages(const CertificateItem& item, DWORD type, std::vector<std::string> requested) {
+    std::vector<char*> texts;
+    for (std::string& text : requested)
+        texts.push_back(text.data());
+    CERT_USAGE_MATCH match{};
+    match.dwType = type;
+    match.Usage = {static_cast<DWORD>(texts.size()), texts.data()};
+    return item.has_ext_key_usages(match);
+}
+
+TEST(CertificateItem, RequestedUsagesAreAllNeededOrAny) {
+    const CertificateItem with = certificate({ext_key_usage({"1.2.3", "1.2.4"})});
+    const CertificateItem with_none = certificate({ext_key_usage({})});
+    const CertificateItem without = certificate({});
+    const struct {
+        const CertificateItem& item;
+        std::vector<std::string> requested;
+        bool all;
+        bool any;
+    } cases[] = {{with, {}, true, false},
+                 {with, {"1.2.4"}, true, true},
+                 {with, {"1.2.4", "1.2.3", "1.2.4"}, true, true},
+                 {with, {"1.2.5", "1.2.3"}, false, true},
+                 {with, {"1.2.3", "1.2.5"}, false, true},
+                 {with, {"1.2.5"}, false, false},
+                 {with, {"1.2.03"}, false, false}, // compared as texts
+                 {with_none, {}, true, false},
+                 {with_none, {"1.2.3"}, false, false},
+                 {without, {}, false, false},
+                 {without, {"1.2.3"}, false, false}};
+    for (const auto& test : cases) {
+        EXPECT_EQ(has_usages(test.item, USAGE_MATCH_TYPE_AND, test.requested), test.all);
+        EXPECT_EQ(has_usages(test.item, USAGE_MATCH_TYPE_OR, test.requested), test.any);
+        EXPECT_EQ(has_usages(test.item, 2, test.requested), test.any);
+    }
+}
+
+TEST(CertificateItem, UsagesWithATextOf64CharactersThrowWhereTheyAreCompared) {
+    const std::string text_of_63 =
+        "1.2.840.1234567890.1234567890.1234567890.1234567890.12345678.90";
+    EXPECT_TRUE(has_usages(certificate({ext_key_usage({text_of_63})}), 0, {text_of_63}));
+    const Error too_long{"Asn1DecodeException", "", "ASN1Util"};
+    for (const std::string& usage : {text_of_63 + "1", std::string("1.2.4294967296")}) {
+        const CertificateItem item = certificate({ext_key_usage({"1.2.3", usage})});
+        EXPECT_EQ(error_of([&] { return has_usages(item, 0, {usage}); }), too_long);
+        EXPECT_TRUE(has_usages(item, 0, {"1.2.3"}));
+        EXPECT_TRUE(has_usages(item, 0, {}));
+    }
+}
+
+} // namespace
+} // namespace norvane

@@ -1,0 +1,232 @@
+// One row for each accessor: what it gives for the extension, without it, for content that is not
+// what its type says, and at a second read when the first one could not decode the item.
+#include "Material.h"
+
+#include <optional>
+
+#include <gtest/gtest.h>
+
+#include "values/ErrorOf.h"
+
+namespace norvane {
+namespace {
+
+using namespace testing;
+
+std::string shown(const CACMPT_BLOB& blob) {
+    std::string digits;
+    for (const std::uint8_t byte : bytes_of(blob)) {
+        digits += "0123456789abcdef"[byte >> 4];
+        digits += "0123456789abcdef"[byte & 15];
+    }
+    return digits;
+}
+std::string shown(const CACMPT_CERT_NAME& name) { return shown(name.encoded); }
+std::string shown(const std::string& text) { return text; }
+std::string shown(std::int64_t number) { return std::to_string(number); }
+std::string shown(std::optional<std::uint32_t> number) {
+    return number ? std::to_string(*number) : "null";
+}
+template <class Value>
+std::string shown(const Value* value) {
+    return value == nullptr ? "null" : "set";
+}
+
+enum class InCopy { kept, decoded_anew };
+using enum InCopy;
+
+template <class Item>
+struct Row {
+    const char* name;
+    std::string (*read)(const Item&);
+    std::string present;
+    std::string absent;
+    std::string malformed;
+    std::string after_failure;
+    InCopy in_copy = decoded_anew;
+
+    /// What it gives, or the class of the exception.
+    [[nodiscard]] std::string result(const Item& item) const {
+        std::string value;
+        const Error error = error_of([&] { return value = read(item); });
+        return error.type.empty() ? value : error.type;
+    }
+};
+
+const std::string throws = "Asn1Exception";
+const std::string refused = "CAValidateException";
+const std::string issuer = shown(blob(common_name("Issuer")));
+const std::string subject = shown(blob(common_name("Subject")));
+
+#define ACCESSOR(name) #name, [](const auto& item) { return shown(item.name()); }
+
+const std::vector<Row<CertificateItem>> certificate_rows{
+    // clang-format off
+    //                                   present  absent   malformed  after a failure
+    {ACCESSOR(issuer_name),              issuer,  issuer,  issuer,    throws, kept},
+    {ACCESSOR(subject_name),             subject, subject, subject,   throws, kept},
+    {ACCESSOR(is_self_signed),           "0",     "0",     "0",       throws, kept},
+    {ACCESSOR(crl_distribution_points),  "set",   "null",  "null",    "null"},
+    {ACCESSOR(freshest_crl),             "set",   "null",  "null",    "null"},
+    {ACCESSOR(authority_info_access),    "set",   "null",  "null",    throws},
+    {ACCESSOR(basic_constraints),        "set",   "null",  "null",    throws},
+    {ACCESSOR(basic_constraints_critical), "1",   "0",     "1",       throws},
+    {ACCESSOR(key_usage),                "set",   "null",  "null",    throws},
+    {ACCESSOR(ext_key_usage),            "set",   "null",  "null",    throws},
+    {ACCESSOR(authority_key_identifier), "set",   "null",  "null",    "null"},
+    {ACCESSOR(subject_key_identifier),   "0102",  "",      "",        throws, kept},
+    {ACCESSOR(authority_key_id),         "ab02",  "",      "",        "",     kept},
+    {ACCESSOR(authority_cert_serial),    "0x03",  "",      "",        "",     kept},
+    // clang-format on
+};
+
+const std::string point_name = shown(blob(context(0, url("http://a/1"))));
+
+const std::vector<Row<CRLItem>> crl_rows{
+    // clang-format off
+    //                                   present  absent   malformed  after a failure
+    {ACCESSOR(issuer_name),              issuer,  issuer,  issuer,    throws, kept},
+    {ACCESSOR(issuing_distribution_point), "set", "null",  refused,   "null"},
+    {ACCESSOR(idp_only_some_reasons),    "32",    "127",   refused,   "127"},
+    {ACCESSOR(idp_distribution_point_name), point_name, "", refused,  ""},
+    {ACCESSOR(freshest_crl),             "set",   "null",  "null",    "null"},
+    {ACCESSOR(authority_key_identifier), "set",   "null",  "null",    "null"},
+    {ACCESSOR(ca_version),               "set",   "null",  "set",     throws},
+    {ACCESSOR(crl_number),               "7",     "null",  refused,   "null"},
+    {ACCESSOR(delta_crl_indicator),      "5",     "null",  refused,   "null"},
+    {ACCESSOR(crl_kind),                 "1",     "-1",    "-1",      "-1"},
+    {ACCESSOR(authority_key_id),         "ab02",  "",      "",        "",     kept},
+    {ACCESSOR(authority_cert_serial),    "0x03",  "",      "",        "",     kept},
+    // clang-format on
+};
+
+#undef ACCESSOR
+
+const std::vector<DistributionPoint> points{{.full_name = {url("http://a/1")}}};
+
+const std::vector<Bytes> certificate_extensions{
+    crl_distribution_points(points),
+    freshest_crl(points),
+    authority_info_access({"http://c"}),
+    basic_constraints(Holder::ca),
+    key_usage(named_bits({crl_sign})),
+    ext_key_usage({"1.2.3"}),
+    authority_key_identifier(Bytes{0xab, 2}, {directory_name(common_name("I"))}, Bytes{3}),
+    subject_key_identifier({1, 2})};
+
+const std::vector<Bytes> crl_extensions{
+    issuing_distribution_point(
+        {.full_name = {url("http://a/1")}, .only_some_reasons = named_bits({2})}),
+    freshest_crl(points),
+    authority_key_identifier(Bytes{0xab, 2}, {directory_name(common_name("I"))}, Bytes{3}),
+    ca_version(integer(2)),
+    crl_number(integer(7)),
+    delta_crl_indicator(integer(5)),
+    crl_kind(1)};
+
+/// The same extensions, critical and with another content if one is given.
+std::vector<Bytes> critical(const std::vector<Bytes>& extensions,
+                            const std::optional<Bytes>& content = {}) {
+    std::vector<Bytes> changed;
+    for (const Bytes& extension : extensions) {
+        const auto* const type = extension.data() + 2;
+        const auto* const flag = type + 2 + type[1];
+        const auto* const value = *flag == 0x01 ? flag + 3 : flag;
+        changed.push_back(sequence(Bytes(type, flag), boolean(true),
+                                   content ? octet_string(*content)
+                                           : Bytes(value, extension.data() + extension.size())));
+    }
+    return changed;
+}
+
+template <class Item>
+void expect_rows(const std::vector<Row<Item>>& rows, std::string Row<Item>::*first,
+                 std::string Row<Item>::*second, const Item& like) {
+    for (const Row<Item>& row : rows) {
+        const Item item(CACMPT_BLOB(like.encoded()));
+        EXPECT_EQ(row.result(item), row.*first) << row.name;
+        EXPECT_EQ(row.result(item), row.*second) << row.name << " at the second read";
+    }
+}
+
+template <class Item>
+void expect_table(const std::vector<Row<Item>>& rows, const std::vector<Bytes>& extensions,
+                  Item (*make)(const std::vector<Bytes>&)) {
+    using R = Row<Item>;
+    const std::vector<Bytes> malformed = critical(extensions, null());
+    const auto one_after_other = [](std::vector<Bytes> list, const std::vector<Bytes>& second) {
+        list.insert(list.end(), second.begin(), second.end());
+        return list;
+    };
+    expect_rows(rows, &R::present, &R::present, make(extensions));
+    expect_rows(rows, &R::present, &R::present, make(critical(extensions)));
+    expect_rows(rows, &R::absent, &R::absent, make({}));
+    expect_rows(rows, &R::malformed, &R::malformed, make(malformed));
+    // Of two with one identifier the first counts, also where it is of no use.
+    expect_rows(rows, &R::present, &R::present, make(one_after_other(extensions, malformed)));
+    expect_rows(rows, &R::malformed, &R::malformed, make(one_after_other(malformed, extensions)));
+
+    for (const Bytes& garbage : {Bytes{}, null(), hex("3003020105")}) {
+        for (const R& row : rows) {
+            const Item item(blob(garbage));
+            EXPECT_EQ(row.result(item), throws) << row.name;
+            EXPECT_EQ(row.result(item), row.after_failure) << row.name << " at the second read";
+            EXPECT_EQ(error_of([&] { return item.decoded(); }).module, "ChainBase");
+            EXPECT_FALSE(item.is_decoded());
+            EXPECT_EQ(bytes_of(item.encoded()), garbage);
+        }
+    }
+
+    // A copy of an item that has been asked everything.
+    const Item source = make(extensions);
+    for (const R& row : rows)
+        static_cast<void>(row.result(source));
+    for (const R& row : rows) {
+        const Item copy(source);
+        const unsigned asked = verification_count();
+        EXPECT_EQ(row.result(copy), row.present) << row.name;
+        EXPECT_EQ(copy.is_decoded(), row.in_copy == decoded_anew) << row.name;
+        EXPECT_EQ(verification_count(), asked) << row.name;
+    }
+
+    Item item = make(extensions);
+    Item other = make({});
+    for (const R& row : rows) {
+        static_cast<void>(row.result(item));
+        static_cast<void>(row.result(other));
+    }
+    item = static_cast<const Item&>(item);
+    item.copy_from(item);
+    other = item; // Nothing of what it was stays behind.
+    const Item moved(std::move(item));
+    for (const R& row : rows) {
+        EXPECT_EQ(row.result(moved), row.present) << row.name << " when moved";
+        EXPECT_EQ(row.result(other), row.present) << row.name << " when assigned";
+    }
+    other.clear();
+    EXPECT_EQ(other.decoded(), nullptr);
+    const Error no_source{"CAException", "No source for fill_encoded", "ChainBase"};
+    EXPECT_EQ(error_of([&] { return other.encoded().length; }), no_source);
+    EXPECT_EQ(error_of([&] { return other.issuer_name().encoded.length; }), no_source);
+}
+
+TEST(MemoRules, HoldForEveryAccessorOfCertificates) {
+    expect_table(certificate_rows, certificate_extensions, &certificate);
+}
+
+TEST(MemoRules, HoldForEveryAccessorOfCrls) { expect_table(crl_rows, crl_extensions, &crl); }
+
+TEST(MemoRules, MovingAnItemLeavesItsDecodedStructureInPlace) {
+    CertificateItem item = certificate(certificate_extensions);
+    const auto* const usage = item.key_usage();
+    const auto* const encoded = item.encoded().data;
+    CertificateItem moved(std::move(item));
+    item = std::move(moved);
+    EXPECT_TRUE(item.is_decoded());
+    EXPECT_EQ(item.key_usage(), usage);
+    EXPECT_EQ(item.encoded().data, encoded);
+    EXPECT_TRUE(ASN1CBitStr(usage->bits).get(crl_sign));
+}
+
+} // namespace
+} // namespace norvane

@@ -91,7 +91,8 @@ class HeaderReader {
         if (length > static_cast<std::uint64_t>(end_ - at_)) {
             return fail(ASN1Status::bad_length, start,
                         std::to_string(end_ - at_) + " octets of content at most",
-                        "a greater length");
+                        length >> 32 != 0 ? "a length beyond 32 bits"
+                                          : "a length of " + std::to_string(length));
         }
         header.length = static_cast<std::uint32_t>(length);
         return true;

@@ -54,6 +54,7 @@ std::string text(const SYSTEMTIME& t) {
 /// Each test that depends on the zone sets it, so none has to be put back.
 void set_zone(const char* zone) {
     setenv("TZ", zone, 1); // NOLINT(concurrency-mt-unsafe): these tests have one thread
+    tzset(); // localtime_r of the tests need not notice the change
 }
 
 } // namespace

@@ -25,12 +25,15 @@
 
 #else
 
+#include <norvane/platform/algorithm_ids.h>
 #include <norvane/platform/certificates.h>
 #include <norvane/platform/clock.h>
 #include <norvane/platform/encoding.h>
 #include <norvane/platform/error_codes.h>
 #include <norvane/platform/last_error.h>
 #include <norvane/platform/local_memory.h>
+#include <norvane/platform/oid_info.h>
+#include <norvane/platform/providers.h>
 #include <norvane/platform/registry.h>
 #include <norvane/platform/stores.h>
 #include <norvane/platform/text.h>

@@ -1,0 +1,91 @@
+#include "platform/crypto/Guarded.h"
+#include "platform/crypto/Handles.h"
+#include "platform/crypto/KeyCache.h"
+#include "platform/crypto/OidTable.h"
+
+#include <limits>
+
+namespace {
+
+using norvane::Octets;
+using norvane::OidEntry;
+
+/// Room for the largest RSA and DSA keys that are taken. What is longer need not be looked at.
+constexpr DWORD max_key_info_size = 4096;
+
+bool is_readable(const BYTE* bytes, DWORD size) noexcept { return bytes != nullptr || size == 0; }
+
+/// What the table of identifiers says about a key's algorithm.
+struct KeyAlgorithm {
+    bool known = false;
+    bool wanted = false;  ///< one of its numbers is the one that the caller gave
+    ALG_ID signature = 0; ///< its number of the class of signatures, 0 if it has none
+};
+
+KeyAlgorithm look_up(std::string_view oid, ALG_ID wanted) noexcept {
+    KeyAlgorithm found;
+    for (const OidEntry& entry : norvane::oid_table()) {
+        if (entry.group() == CRYPT_PUBKEY_ALG_OID_GROUP_ID && entry.oid == oid) {
+            found.known = true;
+            found.wanted |= wanted == 0 || wanted == entry.algorithm();
+            if (GET_ALG_CLASS(entry.algorithm()) == ALG_CLASS_SIGNATURE) {
+                found.signature = entry.algorithm();
+            }
+        }
+    }
+    return found;
+}
+
+} // namespace
+
+BOOL CryptImportPublicKeyInfoEx(HCRYPTPROV hCryptProv, DWORD dwCertEncodingType,
+                                PCERT_PUBLIC_KEY_INFO pInfo, ALG_ID aiKeyAlg, DWORD dwFlags,
+                                void* pvAuxInfo, HCRYPTKEY* phKey) noexcept {
+    const auto* const context = norvane::object_of<norvane::ProviderContext>(hCryptProv);
+    if (context == nullptr) {
+        return norvane::fail(NTE_BAD_UID);
+    }
+    if (pInfo == nullptr || phKey == nullptr || pvAuxInfo != nullptr ||
+        pInfo->Algorithm.pszObjId == nullptr ||
+        !is_readable(pInfo->Algorithm.Parameters.pbData, pInfo->Algorithm.Parameters.cbData) ||
+        !is_readable(pInfo->PublicKey.pbData, pInfo->PublicKey.cbData)) {
+        return norvane::fail(ERROR_INVALID_PARAMETER);
+    }
+    if (dwFlags != 0) {
+        return norvane::fail(NTE_BAD_FLAGS);
+    }
+    const KeyAlgorithm algorithm = look_up(pInfo->Algorithm.pszObjId, aiKeyAlg);
+    if (!algorithm.known || (dwCertEncodingType & X509_ASN_ENCODING) == 0) {
+        return norvane::fail(ERROR_FILE_NOT_FOUND);
+    }
+    if (!algorithm.wanted || !context->provider.offers(algorithm.signature)) {
+        return norvane::fail(NTE_BAD_ALGID);
+    }
+    const auto& [parameters_size, parameters] = pInfo->Algorithm.Parameters;
+    const auto& [key_size, key, unused_bits] = pInfo->PublicKey;
+    if (unused_bits != 0 || parameters_size > max_key_info_size ||
+        key_size > max_key_info_size - parameters_size) {
+        return norvane::fail(NTE_BAD_PUBLIC_KEY);
+    }
+    return norvane::guarded([&] {
+        auto public_key = norvane::key_cache().get({.provider = &context->provider,
+                                                    .algorithm = algorithm.signature,
+                                                    .parameters = {parameters, parameters_size},
+                                                    .key = {key, key_size}});
+        if (public_key == nullptr) {
+            return norvane::fail(NTE_BAD_PUBLIC_KEY);
+        }
+        *phKey =
+            norvane::handle_of(new norvane::KeyObject(context->provider, std::move(public_key)));
+        return TRUE;
+    });
+}
+
+BOOL CryptDestroyKey(HCRYPTKEY hKey) noexcept {
+    const auto* const key = norvane::object_of<norvane::KeyObject>(hKey);
+    if (key == nullptr) {
+        return norvane::fail(NTE_BAD_KEY);
+    }
+    delete key;
+    return TRUE;
+}

@@ -17,7 +17,7 @@ constexpr const char* file_variable = "NORVANE_CONFIG";
 
 void follow_file(const ConfigurationFile& file, const UserFolders& folders,
                  Configuration& configuration) {
-    const auto content = read_file_text(file.path);
+    const auto content = read_file_text(file.path, max_configuration_file_size);
     if (const auto* text = std::get_if<std::string>(&content)) {
         follow_configuration_text(*text, file.path, folders, configuration);
         return;

@@ -32,7 +32,8 @@ FileFault fault_of(int error) {
 
 } // namespace
 
-std::variant<std::string, FileAbsent, FileFault> read_file_text(const std::filesystem::path& path) {
+std::variant<std::string, FileAbsent, FileFault> read_file_text(const std::filesystem::path& path,
+                                                                std::size_t max_size) {
     const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
     if (file.number() < 0) {
         const int error = errno;
@@ -50,7 +51,7 @@ std::variant<std::string, FileAbsent, FileFault> read_file_text(const std::files
     }
     std::string text;
     std::array<char, 4096> block{};
-    while (text.size() <= max_configuration_file_size) {
+    while (text.size() <= max_size) {
         const ssize_t count = read(file.number(), block.data(), block.size());
         if (count == 0) {
             return text;
@@ -60,8 +61,7 @@ std::variant<std::string, FileAbsent, FileFault> read_file_text(const std::files
         }
         text.append(block.data(), static_cast<std::size_t>(count < 0 ? 0 : count));
     }
-    return FileFault{"the file is larger than " + std::to_string(max_configuration_file_size) +
-                     " bytes"};
+    return FileFault{"the file is larger than " + std::to_string(max_size) + " bytes"};
 }
 
 } // namespace norvane

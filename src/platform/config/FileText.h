@@ -17,9 +17,9 @@ struct FileFault {
     std::string text;
 };
 
-/// Reads a whole regular file of at most `max_configuration_file_size` bytes. Never waits: a pipe
-/// or a device is a fault.
+/// Reads a whole regular file of at most `max_size` bytes. Never waits: a pipe or a device is a
+/// fault.
 [[nodiscard]] std::variant<std::string, FileAbsent, FileFault>
-read_file_text(const std::filesystem::path& path);
+read_file_text(const std::filesystem::path& path, std::size_t max_size);
 
 } // namespace norvane

@@ -1,0 +1,134 @@
+#include "platform/store/NamedStore.h"
+
+#include "platform/config/FileText.h"
+#include "platform/store/ObjectFile.h"
+
+#include <map>
+#include <system_error>
+#include <variant>
+
+namespace norvane {
+namespace {
+
+/// Reads files into a store.
+class StoreReader {
+  public:
+    explicit StoreReader(FileInventory files) {
+        content_.unsettled = is_unsettled(files, std::chrono::system_clock::now());
+        content_.files = std::move(files);
+        content_.objects = Store::make<ObjectStore>(Additions::refused);
+    }
+
+    [[nodiscard]] StoreContent read() {
+        for (const InventoryFile& file : content_.files) {
+            read_file(file);
+        }
+        return std::move(content_);
+    }
+
+  private:
+    void read_file(const InventoryFile& file) {
+        if (file.error != 0) {
+            skip(file, file.error == EINVAL ? "this is neither a regular file nor a folder"
+                                            : std::generic_category().message(file.error));
+            return;
+        }
+        const auto outcome = read_file_text(file.path, max_object_file_size);
+        const auto* const text = std::get_if<std::string>(&outcome);
+        if (text == nullptr) {
+            const auto* const fault = std::get_if<FileFault>(&outcome);
+            skip(file, fault == nullptr ? "the file has gone" : fault->text);
+            return;
+        }
+        const ObjectFile objects({reinterpret_cast<const std::uint8_t*>(text->data()),
+                                  static_cast<std::uint32_t>(text->size())});
+        several_ = objects.objects().size() + objects.faults().size() > 1;
+        for (const ObjectFile::Fault& fault : objects.faults()) {
+            skip(file, numbered(fault.number, fault.text));
+        }
+        for (const ObjectFile::Object& object : objects.objects()) {
+            if (object.kind == ObjectKind::certificate) {
+                add<SharedCertificate>(file, object);
+            } else {
+                add<SharedCrl>(file, object);
+            }
+        }
+    }
+
+    template <class Object>
+    void add(const InventoryFile& file, const ObjectFile::Object& object) {
+        auto outcome = SharedObjects<Object>::instance().get(object.bytes);
+        if (const auto* const fault = std::get_if<ObjectFault>(&outcome)) {
+            skip(file, numbered(object.number, fault->text));
+            return;
+        }
+        static_cast<void>(content_.objects->add(std::get<Ref<Object>>(std::move(outcome)),
+                                                Duplicate::existing_used));
+    }
+
+    [[nodiscard]] std::string numbered(std::uint32_t number, const std::string& text) const {
+        return several_ ? "object " + std::to_string(number) + ": " + text : text;
+    }
+
+    void skip(const InventoryFile& file, std::string reason) {
+        content_.skipped.push_back({file.path.string(), std::move(reason)});
+    }
+
+    StoreContent content_;
+    bool several_ = false;
+};
+
+std::int64_t steady_now_ns() {
+    return std::chrono::steady_clock::now().time_since_epoch() / std::chrono::nanoseconds{1};
+}
+
+} // namespace
+
+NamedStore* NamedStore::find(std::string_view name) {
+    using Stores = ByName<NamedStore>;
+    // Never destroyed, for the same reason as the stores themselves.
+    static Stores& stores = [&]() -> Stores& {
+        auto made = std::make_unique<Stores>();
+        for (const auto& [store_name, paths] : configuration().stores) {
+            made->try_emplace(store_name, paths);
+        }
+        return *made.release();
+    }();
+    const auto found = stores.find(name);
+    return found == stores.end() ? nullptr : &found->second;
+}
+
+std::shared_ptr<const StoreContent> NamedStore::present() const {
+    const std::lock_guard lock(content_mutex_);
+    return content_;
+}
+
+std::shared_ptr<const StoreContent> NamedStore::content() {
+    const auto is_fresh = [this] {
+        return steady_now_ns() < next_look_ns_.load(std::memory_order_acquire);
+    };
+    std::shared_ptr<const StoreContent> content = present();
+    if (content != nullptr && is_fresh()) {
+        return content;
+    }
+    std::unique_lock looking(look_mutex_, std::defer_lock);
+    if (content == nullptr) {
+        looking.lock();
+    } else if (!looking.try_lock()) {
+        return content;
+    }
+    content = present();
+    if (content != nullptr && is_fresh()) {
+        return content;
+    }
+    FileInventory files = take_inventory(paths_);
+    if (content == nullptr || content->unsettled || content->files != files) {
+        content = std::make_shared<const StoreContent>(StoreReader(std::move(files)).read());
+        const std::lock_guard lock(content_mutex_);
+        content_ = content;
+    }
+    next_look_ns_.store(steady_now_ns() + look_interval.count(), std::memory_order_release);
+    return content;
+}
+
+} // namespace norvane

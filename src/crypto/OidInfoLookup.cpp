@@ -1,0 +1,37 @@
+#include "crypto/OidInfoLookup.h"
+
+#include <array>
+
+namespace norvane {
+namespace {
+
+BOOL WINAPI call_back(const CRYPT_OID_INFO* info, void* enumerator) noexcept {
+    return static_cast<COidInfoEnum*>(enumerator)->on_oid_info(*info) ? TRUE : FALSE;
+}
+
+} // namespace
+
+void COidInfoEnum::walk(DWORD group) {
+    static_cast<void>(CryptEnumOIDInfo(group, 0, this, call_back));
+}
+
+bool CFindPubKeyAlgId::on_oid_info(const CRYPT_OID_INFO& info) noexcept {
+    if (info.pszOID != oid || GET_ALG_CLASS(info.Algid) != class_mask) {
+        return true;
+    }
+    found_algid = info.Algid;
+    found_info = &info;
+    return false;
+}
+
+const CRYPT_OID_INFO* find_signature_oid_info(const char* key_oid, const char* hash_oid) {
+    CFindPubKeyAlgId key(key_oid, ALG_CLASS_SIGNATURE);
+    key.walk(CRYPT_PUBKEY_ALG_OID_GROUP_ID);
+    if (key.found_algid == 0) {
+        return nullptr;
+    }
+    std::array<ALG_ID, 2> pair{CertOIDToAlgId(hash_oid), key.found_algid};
+    return CryptFindOIDInfo(CRYPT_OID_INFO_SIGN_KEY, pair.data(), CRYPT_SIGN_ALG_OID_GROUP_ID);
+}
+
+} // namespace norvane

@@ -181,34 +181,34 @@ bool Reader::check_bit_string(ByteView octets, const std::uint8_t* at, const cha
 Reader::Joined Reader::join_segments(Tag tag, Tag segment, const char* element) {
     Reader segments = enter(constructed(tag), element);
     Joined joined{static_cast<std::uint8_t*>(memory().allocate(segments.rest().length)), 0, 0};
-    segments.append_segments(segment, element, joined);
+    segments.append_segments(segment, joined);
     next_ = attempt_.failed() ? end_ : next_;
     return attempt_.failed() ? Joined{} : joined;
 }
 
-void Reader::append_segments(Tag segment, const char* element, Joined& joined) {
+void Reader::append_segments(Tag segment, Joined& joined) {
     while (!at_end()) {
         if (next_is(constructed(segment))) {
             if (depth() >= max_nesting) {
-                fail(ASN1Status::nested_too_deeply, element, next_,
+                fail(ASN1Status::nested_too_deeply, nullptr, next_,
                      "at most " + std::to_string(max_nesting) + " levels of nesting", "more");
                 return;
             }
-            enter(constructed(segment), nullptr).append_segments(segment, element, joined);
+            enter(constructed(segment), nullptr).append_segments(segment, joined);
             continue;
         }
         const std::uint8_t* const start = next_;
-        ByteView octets = content(segment, element);
+        ByteView octets = content(segment, nullptr);
         if (attempt_.failed()) {
             return;
         }
         if (segment == Tag::bit_string) {
             if (joined.unused_bits != 0) {
-                fail(ASN1Status::bad_value, element, start, "unused bits in the last segment alone",
+                fail(ASN1Status::bad_value, nullptr, start, "unused bits in the last segment alone",
                      "a segment behind some");
                 return;
             }
-            if (!check_bit_string(octets, start, element, joined.unused_bits)) {
+            if (!check_bit_string(octets, start, nullptr, joined.unused_bits)) {
                 return;
             }
             octets = {octets.data + 1, octets.length - 1};

@@ -133,7 +133,7 @@ class Reader {
     bool check_bit_string(ByteView octets, const std::uint8_t* at, const char* element,
                           std::uint8_t& unused_bits);
     [[nodiscard]] Joined join_segments(Tag tag, Tag segment, const char* element);
-    void append_segments(Tag segment, const char* element, Joined& joined);
+    void append_segments(Tag segment, Joined& joined);
     [[nodiscard]] unsigned depth() const;
     [[nodiscard]] std::string path(const char* element) const;
 

@@ -30,6 +30,7 @@
 #include <norvane/platform/clock.h>
 #include <norvane/platform/encoding.h>
 #include <norvane/platform/error_codes.h>
+#include <norvane/platform/key_identifier.h>
 #include <norvane/platform/last_error.h>
 #include <norvane/platform/local_memory.h>
 #include <norvane/platform/oid_info.h>

@@ -1,33 +1,17 @@
+#include "platform/StructureBuffer.h"
+#include "platform/decode_authority_key_id.h"
 #include "platform/failure.h"
 
 #include <algorithm>
-#include <cstring>
 #include <span>
+#include <string_view>
 
 namespace {
 
 using Bytes = std::span<const BYTE>;
+using norvane::StructureBuffer;
 
 constexpr DWORD known_flags = CRYPT_DECODE_NOCOPY_FLAG | CRYPT_DECODE_SHARE_OID_STRING_FLAG;
-
-/// The caller's place for a structure, with the protocol of sizes.
-struct StructureBuffer {
-    void* info;
-    DWORD* size;
-
-    /// @return an error code.
-    [[nodiscard]] DWORD put(const void* structure, DWORD structure_size) const noexcept {
-        const DWORD capacity = info != nullptr ? *size : structure_size;
-        *size = structure_size;
-        if (capacity < structure_size) {
-            return ERROR_MORE_DATA;
-        }
-        if (info != nullptr) {
-            std::memcpy(info, structure, structure_size);
-        }
-        return ERROR_SUCCESS;
-    }
-};
 
 struct Content {
     DWORD error;
@@ -107,7 +91,18 @@ struct StructureType {
 
 const StructureType structure_types[] = {
     {X509_ENUMERATED, decode_enumerated},
+    {X509_AUTHORITY_KEY_ID2, norvane::decode_authority_key_id},
+    {szOID_AUTHORITY_KEY_IDENTIFIER2, norvane::decode_authority_key_id},
 };
+
+/// Types are numbers of 16 bits or texts.
+bool same_type(LPCSTR a, LPCSTR b) noexcept {
+    constexpr std::uintptr_t largest_number = 0xFFFF;
+    const auto is_text = [](LPCSTR type) {
+        return reinterpret_cast<std::uintptr_t>(type) > largest_number;
+    };
+    return a == b || (is_text(a) && is_text(b) && std::string_view(a) == b);
+}
 
 /// The low half of an encoding type decides; only if it is empty does the high half.
 bool is_known_encoding(DWORD encoding_type) noexcept {
@@ -125,7 +120,9 @@ BOOL CryptDecodeObject(DWORD dwCertEncodingType, LPCSTR lpszStructType, const BY
         (dwFlags & ~known_flags) != 0) {
         return norvane::fail(E_INVALIDARG);
     }
-    const auto* type = std::ranges::find(structure_types, lpszStructType, &StructureType::name);
+    const auto* type = std::ranges::find_if(structure_types, [=](const StructureType& row) {
+        return same_type(row.name, lpszStructType);
+    });
     if (type == std::end(structure_types) || !is_known_encoding(dwCertEncodingType)) {
         return norvane::fail(ERROR_FILE_NOT_FOUND);
     }

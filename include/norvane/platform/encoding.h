@@ -55,10 +55,11 @@ NORVANE_PLATFORM_BEGIN
 /// Decodes one BER value into the platform's structure for its type.
 ///
 /// `X509_ENUMERATED` gives an `int`: definite length in any of its forms, one to four content
-/// octets, signed.
+/// octets, signed. `X509_AUTHORITY_KEY_ID2`, or the text of its identifier, gives the structure of
+/// key_identifier.h with all that it points to behind it, BER being taken as well as DER.
 ///
 /// @param dwCertEncodingType `X509_ASN_ENCODING`, `PKCS_7_ASN_ENCODING` or both.
-/// @param lpszStructType the structure type, one of those above.
+/// @param lpszStructType the structure type, a number or a text out of those above.
 /// @param pbEncoded the value, with nothing behind it; read only during the call.
 /// @param cbEncoded its length in bytes.
 /// @param dwFlags the flags above, or 0.
@@ -70,7 +71,8 @@ NORVANE_PLATFORM_BEGIN
 ///     `ERROR_FILE_NOT_FOUND` (a structure or encoding type that is not known),
 ///     `ERROR_MORE_DATA` (`pvStructInfo` is too small), or for the encoded bytes
 ///     `CRYPT_E_ASN1_EOD` (they end too early), `CRYPT_E_ASN1_BADTAG`, `CRYPT_E_ASN1_CORRUPT`,
-///     `CRYPT_E_ASN1_LARGE` (the value does not fit) or `CRYPT_E_ASN1_NOEOD` (bytes behind it).
+///     `CRYPT_E_ASN1_LARGE` (the value does not fit), `CRYPT_E_ASN1_NOEOD` (bytes behind it),
+///     `CRYPT_E_INVALID_IA5_STRING`, or `ERROR_NOT_ENOUGH_MEMORY`.
 BOOL CryptDecodeObject(DWORD dwCertEncodingType, LPCSTR lpszStructType, const BYTE* pbEncoded,
                        DWORD cbEncoded, DWORD dwFlags, void* pvStructInfo, DWORD* pcbStructInfo)
     NORVANE_PLATFORM_API(CryptDecodeObject);

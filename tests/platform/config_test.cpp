@@ -63,7 +63,7 @@ TEST(Configuration, IsThatOfTheTableWithoutFiles) {
     EXPECT_EQ(*c.store_paths("ROOT"), root);
     EXPECT_EQ(c.store_paths("My"), nullptr);
     EXPECT_EQ(c.cache_folder, "/home/u/k");
-    EXPECT_EQ(c.response_limit_bytes, 64U << 20);
+    EXPECT_EQ(c.response_limit_bytes, 512U << 20);
     EXPECT_EQ(c.retrieval_timeout, std::chrono::seconds{15});
     EXPECT_EQ(c.url_schemes, (Lines{"http", "https", "ldap", "ldaps"}));
     EXPECT_EQ(c.revocation_modules, PathList{"norvane_revocation.so"});

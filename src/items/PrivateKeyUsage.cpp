@@ -77,8 +77,8 @@ LocalDate local_date(const CACMPT_Date& date) {
         return result;
     }
     SYSTEMTIME fields_again{};
-    result.is_exact =
-        VariantTimeToSystemTime(result.value, &fields_again) && same_second(fields, fields_again);
+    result.is_exact = VariantTimeToSystemTime(result.value, &fields_again) != FALSE &&
+                      same_second(fields, fields_again);
     return result;
 }
 

@@ -8,6 +8,7 @@ namespace norvane {
 
 /// The component's only class. An object has no state beside its count of references, so any
 /// threads may use it at once.
+// NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor): it would stand in the table
 class PrivateKeyUsageChecker final : public IPrivateKeyUsageChecker {
   public:
     /// An object with one reference, which belongs to the caller; null without memory.

@@ -3,6 +3,7 @@
 
 #include <norvane/wincrypt.h>
 
+#include <algorithm>
 #include <cstring>
 #include <map>
 #include <memory>
@@ -146,7 +147,7 @@ LSTATUS query_value(HKEY handle, LPCWSTR name, LPDWORD type, LPBYTE data, LPDWOR
         return status(ERROR_MORE_DATA);
     }
     if (data != nullptr) {
-        std::memcpy(data, value.bytes.data(), value_size);
+        std::ranges::copy(value.bytes, data);
     }
     return status(ERROR_SUCCESS);
 }
@@ -165,6 +166,7 @@ LSTATUS RegOpenKeyExW(HKEY hKey, LPCWSTR lpSubKey, DWORD ulOptions, REGSAM samDe
     }
 }
 
+// NOLINTNEXTLINE(readability-non-const-parameter): the signature is the platform's
 LSTATUS RegQueryValueExW(HKEY hKey, LPCWSTR lpValueName, LPDWORD lpReserved, LPDWORD lpType,
                          LPBYTE lpData, LPDWORD lpcbData) noexcept {
     if (lpReserved != nullptr || (lpData != nullptr && lpcbData == nullptr)) {

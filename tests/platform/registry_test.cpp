@@ -83,6 +83,14 @@ TEST(Registry, OpensKeysThatHoldValuesInAnyCaseAndFromAnyParent) {
     }));
 }
 
+TEST(Registry, HasItsRootsWithoutAnyValue) {
+    EXPECT_TRUE(passes_when_configured("", [] {
+        const HKEY root = open(HKEY_CURRENT_USER, nullptr);
+        EXPECT_EQ(RegCloseKey(open(root, NORVANE_W(""))), ERROR_SUCCESS);
+        open(root, NORVANE_W("SOFTWARE"), not_found);
+    }));
+}
+
 TEST(Registry, GivesValuesByTheProtocolOfSizes) {
     EXPECT_TRUE(passes_when_configured(configured, [] {
         const HKEY key = open(HKEY_LOCAL_MACHINE, NORVANE_W("SOFTWARE\\Norvane"));

@@ -24,6 +24,15 @@ std::string rtErrGetText(const ASN1CTXT& ctxt) {
            failure.expected + ", found " + failure.found;
 }
 
+std::string quoted(std::string_view octets) {
+    constexpr std::size_t most_quoted = 40;
+    std::string text = "\"";
+    for (const char c : octets.substr(0, most_quoted)) {
+        text += c >= ' ' && c <= '~' ? c : '?';
+    }
+    return text + (octets.size() > most_quoted ? "...\"" : "\"");
+}
+
 int rtErrSetData(ASN1CTXT& ctxt, ASN1Failure failure) {
     ctxt.failure = std::move(failure);
     return code(ctxt.failure.status);

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace norvane {
@@ -117,6 +118,10 @@ void rtFreeContext(ASN1CTXT& ctxt);
 /// The last failure of the context as one line: the element, its offset, what was expected there
 /// and what was found. "no error" when nothing has failed.
 [[nodiscard]] std::string rtErrGetText(const ASN1CTXT& ctxt);
+
+/// Octets of the input as an error text quotes them: on one line, cut after the first 40, with "?"
+/// for each that is no printable character of ASCII.
+[[nodiscard]] std::string quoted(std::string_view octets);
 
 /// Records a failure and returns its code.
 int rtErrSetData(ASN1CTXT& ctxt, ASN1Failure failure);

@@ -161,13 +161,13 @@ int rtBigIntSetStr(ASN1CTXT& ctxt, ASN1BigInt& value, std::string_view text, int
     const auto bad =
         std::find_if(text.begin(), text.end(), [radix](char c) { return digit_value(c) >= radix; });
     if (text.empty() || bad != text.end()) {
-        return rtErrSetData(ctxt, {.status = ASN1Status::bad_value,
-                                   .element = "integer text",
-                                   .offset = static_cast<std::uint32_t>(
-                                       whole.size() - static_cast<std::size_t>(text.end() - bad)),
-                                   .expected = "a digit of radix " + std::to_string(radix),
-                                   .found = text.empty() ? "the end of the text"
-                                                         : "'" + std::string(1, *bad) + "'"});
+        return rtErrSetData(ctxt,
+                            {.status = ASN1Status::bad_value,
+                             .element = "integer text",
+                             .offset = static_cast<std::uint32_t>(
+                                 whole.size() - static_cast<std::size_t>(text.end() - bad)),
+                             .expected = "a digit of radix " + std::to_string(radix),
+                             .found = text.empty() ? "the end of the text" : quoted({&*bad, 1})});
     }
     rtBigIntInit(value);
     if (radix == 16) {

@@ -239,7 +239,7 @@ int ASN1CTime::not_a_time() {
          .element = type_name(),
          .offset = 0,
          .expected = valid_ ? "a year that two digits can tell" : "a time in UTC or with its zone",
-         .found = valid_ ? std::to_string(fields_.year) : "\"" + std::string(text_) + "\""});
+         .found = valid_ ? std::to_string(fields_.year) : quoted(text_)});
 }
 
 const char* ASN1CTime::type_name() const {

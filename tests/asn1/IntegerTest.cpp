@@ -68,7 +68,7 @@ TEST(BigIntegers, TextsAreReadByRadixAndPrefix) {
     }
     EXPECT_LT(rtBigIntSetStr(ctxt, number, "-0x12z4", 0), 0);
     EXPECT_EQ(rtErrGetText(ctxt),
-              "integer text at offset 5: expected a digit of radix 16, found 'z'");
+              "integer text at offset 5: expected a digit of radix 16, found \"z\"");
 }
 
 } // namespace

@@ -1,0 +1,93 @@
+#include "platform/StoreMaterial.h"
+#include "store/StoreUtil.h"
+#include "values/Exceptions.h"
+
+#include <functional>
+#include <stdexcept>
+
+namespace norvane::testing {
+namespace {
+
+using Encoded = std::vector<Bytes>;
+
+// Asks a function about each object.
+template <class Context>
+class Asking : public StoreFindParam<Context> {
+  public:
+    explicit Asking(std::function<bool(const Context&)> ask) : ask_(std::move(ask)) {}
+    bool match(const Context* context) override { return ask_(*context); }
+
+  private:
+    std::function<bool(const Context&)> ask_;
+};
+
+Encoded bytes_of(const std::list<CACMPT_BLOB>& blobs) {
+    Encoded all;
+    for (const CACMPT_BLOB& blob : blobs)
+        all.emplace_back(blob.data, blob.data + blob.length);
+    return all;
+}
+
+const Bytes a = certificate("A", hex("01"));
+const Bytes b = certificate("B");
+const Bytes c = certificate("C", hex("01"));
+
+TEST(StoreFindAll, AppendsWhatMatchesInTheOrderOfTheStore) {
+    const OpenStore store = OpenStore::memory();
+    std::list<CACMPT_BLOB> out;
+    StoreFindParam<_CERT_CONTEXT> all;
+    StoreFindParam<_CRL_CONTEXT> all_crls;
+    store_find_all(out, store.get(), all);
+    store_find_all_crls(out, store.get(), all_crls);
+    EXPECT_TRUE(out.empty());
+    for (const Bytes& encoded : {c, b, a, c})
+        store.add(encoded);
+    store_find_all(out, store.get(), all);
+    EXPECT_EQ(bytes_of(out), (Encoded{c, b, a, c}));
+
+    const Bytes key = hex("01");
+    CertFindByKeyIdentifier with_key({key.data(), size_of(key)});
+    EXPECT_EQ(with_key.find_type, 0xF0000U);
+    store_find_all(out, store.get(), with_key);
+    EXPECT_EQ(bytes_of(out), (Encoded{c, b, a, c, c, a, c}));
+}
+
+TEST(StoreFindAll, LeavesOutOnlyWhatAsn1ExceptionsAreAbout) {
+    const OpenStore store = OpenStore::memory();
+    const Encoded crls{crl("A"), crl("B"), crl("C")};
+    for (const Bytes& encoded : {a, b, c})
+        store.add(encoded);
+    for (const Bytes& encoded : crls)
+        store.add_crl(encoded);
+    const auto ask = [count = 0](const auto& /*context*/) mutable {
+        if (++count == 2)
+            throw Asn1DecodeException("no name", source_module::chain_base, 1);
+        return true;
+    };
+    std::list<CACMPT_BLOB> out;
+    Asking<_CERT_CONTEXT> certificates(ask);
+    store_find_all(out, store.get(), certificates);
+    EXPECT_EQ(bytes_of(out), (Encoded{a, c}));
+    out.clear();
+    Asking<_CRL_CONTEXT> lists(ask);
+    store_find_all_crls(out, store.get(), lists);
+    EXPECT_EQ(bytes_of(out), (Encoded{crls[0], crls[2]}));
+}
+
+TEST(StoreFindAll, FreesTheContextOfAnyOtherException) {
+    HCERTSTORE handle = CertOpenStore(CERT_STORE_PROV_MEMORY, 0, 0, 0, nullptr);
+    CertAddEncodedCertificateToStore(handle, 1, a.data(), size_of(a), 4, nullptr);
+    const Bytes list = crl("A");
+    CertAddEncodedCRLToStore(handle, 1, list.data(), size_of(list), 4, nullptr);
+    const auto ask = [](const auto& /*context*/) -> bool { throw std::runtime_error("stop"); };
+    std::list<CACMPT_BLOB> out;
+    Asking<_CERT_CONTEXT> certificates(ask);
+    EXPECT_THROW(store_find_all(out, handle, certificates), std::runtime_error);
+    Asking<_CRL_CONTEXT> lists(ask);
+    EXPECT_THROW(store_find_all_crls(out, handle, lists), std::runtime_error);
+    EXPECT_TRUE(out.empty());
+    EXPECT_TRUE(CertCloseStore(handle, 2)); // no context keeps it
+}
+
+} // namespace
+} // namespace norvane::testing

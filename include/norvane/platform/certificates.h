@@ -161,7 +161,7 @@ NORVANE_PLATFORM_BEGIN
 /// @return the context, to be released with `CertFreeCertificateContext`. Null on failure, with
 ///     the last error `E_INVALIDARG`, `ERROR_NOT_ENOUGH_MEMORY`, or for the encoded bytes
 ///     `CRYPT_E_ASN1_EOD` (they end too early), `CRYPT_E_ASN1_BADTAG`, `CRYPT_E_ASN1_CORRUPT` (a
-///     length, a value or a time that is none), `CRYPT_E_ASN1_LARGE` (nested too deeply) or
+///     value or a time that is none), `CRYPT_E_ASN1_LARGE` (nested too deeply) or
 ///     `CRYPT_E_ASN1_NOEOD` (bytes behind it).
 PCCERT_CONTEXT CertCreateCertificateContext(DWORD dwCertEncodingType, const BYTE* pbCertEncoded,
                                             DWORD cbCertEncoded)

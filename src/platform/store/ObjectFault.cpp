@@ -6,6 +6,7 @@ namespace {
 DWORD error_code(ASN1Status status) {
     switch (status) {
     case ASN1Status::unexpected_end:
+    case ASN1Status::bad_length: // Nearly always one that leads past the end.
         return CRYPT_E_ASN1_EOD;
     case ASN1Status::unexpected_tag:
         return CRYPT_E_ASN1_BADTAG;

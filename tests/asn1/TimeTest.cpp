@@ -83,7 +83,7 @@ TEST(Times, SettersWriteTheTextAndRefuseWhatIsNoDate) {
     EXPECT_LT(time.getHour(), 0);
     EXPECT_EQ(rtErrGetText(buffer.getCtxt()),
               "UTCTime at offset 0: expected a time in UTC or with its zone, found \"now? and "
-              "in a text that is far too long to ...\"");
+              "in a text that is far too long ...\"");
     EXPECT_EQ(time.setTime(951827696), 0);
     EXPECT_EQ(text, "000229123456Z");
     for (const int value : {-255, -1, 60, 256 + 1, 512 + 12, 0x7fffffff}) {

@@ -3,7 +3,6 @@
 #include "asn1/Decode.h"
 
 #include <algorithm>
-#include <array>
 #include <vector>
 
 namespace norvane {
@@ -70,11 +69,16 @@ bool SharedCrl::lay_out(const ASN1T_TBSCertList& tbs) {
 }
 
 CRL_ENTRY* SharedCrl::find_entry(const CRYPT_INTEGER_BLOB& serial) {
+    if (serial.cbData == 0) {
+        return nullptr;
+    }
     std::vector<std::uint8_t> octets(serial.cbData);
     std::reverse_copy(serial.pbData, serial.pbData + serial.cbData, octets.begin());
     const ByteView sought = significant_octets({octets.data(), serial.cbData});
     for (const ASN1T_RevokedCertificate& revoked : revoked_) {
-        if (significant_octets(revoked.userCertificate.content()) == sought) {
+        const ByteView listed = revoked.userCertificate.content();
+        // The last octet alone tells most numbers apart.
+        if (listed.end()[-1] == octets.back() && significant_octets(listed) == sought) {
             return entry_for(revoked);
         }
     }

@@ -1,0 +1,222 @@
+#include "CryptoObjects.h"
+#include "support/Key.h"
+
+#include <thread>
+#include <vector>
+
+namespace {
+
+using namespace norvane::testing;
+
+const Bytes message = text_bytes("to be signed");
+
+/// The parts of a SubjectPublicKeyInfo that libcrypto made for RSA or P-256.
+KeyParts parts_of(const Key& key, const char* algorithm, const Bytes& parameters) {
+    const Bytes spki = key.spki();
+    const Bytes head = sequence(oid(algorithm), parameters);
+    // BIT STRING: tag, length in one or three octets, no unused bits.
+    const auto identifier = std::search(spki.begin(), spki.end(), head.begin(), head.end());
+    const auto bits = identifier + static_cast<std::ptrdiff_t>(head.size());
+    return {algorithm, parameters, {bits + (bits[1] < 0x80 ? 3 : 5), spki.end()}};
+}
+
+KeyParts rsa_parts(std::size_t index) {
+    return parts_of(Key::rsa(index), "1.2.840.113549.1.1.1", null());
+}
+KeyParts ec_parts() {
+    return parts_of(Key::ec(0), "1.2.840.10045.2.1", oid("1.2.840.10045.3.1.7"));
+}
+
+struct KnownAnswer {
+    const char* algorithm;
+    const char* set;
+    ALG_ID hash;
+    const char* key;
+    const char* signature;
+};
+
+// Signatures of "abc", computed apart from any library but for the hash. They stand for what the
+// openssl command cannot make.
+const KnownAnswer known_answers[] = {
+    {"1.2.643.2.2.20", "1.2.643.2.2.32.2", CALG_NORVANE_GOST_R3411_94,
+     "b7e1b305262e27f9dce10f2ed174004414da4b4247f8616d0d171ea13f317be8d37c62607dd84644"
+     "2554fcf0ddb9c43b1d054b3d8dec33f2044dd0d23f8cff742a23436f130061d9766e610113b75389"
+     "e223c72b6a3f551420d35e215f92ad8a36f88c9688bcf16a2eee821ce796e9b7963d35bd99ab0f66"
+     "f0c5f0c133c736ac",
+     "4f38fad2362cc4c1175349978b5568ed8caaa2dfe4fcfe262727fc8c591506553f32aadde459f924"
+     "72d1b87bfb097462dcd0822bba814f287af0339311fc0078"},
+    {"1.2.643.2.2.20", "1.2.643.2.2.33.3", CALG_NORVANE_GOST_R3411_94,
+     "eb9f195e7b634f054c05be5efe41ebf515394ee92788bf486e3f05c62541a8f4fc6bca5712626612"
+     "db69bcb4f03d276a7eb31b8008dca2117e57a58ce69590b2efc34f7e3bdc1e63fb6f7730b07e7bcf"
+     "bede95217561c03fcb9f61baa890eaf998ea5b50e63a1d120208a8a0a8ab79493cab1b22170fdfae"
+     "02117cc4e764cb9b",
+     "3118771008e1ce4223ad7f83cbdea6fd4df0510a1226cad078f1cc5de75284474639abe012c8b39f"
+     "afbdb4ca0d3e3ac9653ac2a3dd73eb2897df12859c12625d"},
+    {"1.2.643.7.1.1.1.2", "1.2.643.7.1.2.1.2.0", CALG_NORVANE_GOST_R3411_2012_512,
+     "e1ef30d52c6133ddd99d1d5c41455cf7df4d8b4c925bbc69af1433d15658515add2146850c325c5b"
+     "81c133be655aa8c4d440e7b98a8d59487b0c7696bcc55d11ecbe7736a9ec357ff2fd39931f4e114c"
+     "b8cda359270ac7f0e7ff43d9419419ea61fd2ab77f5d9f63523d3b50a04f63e2a0cf51b7c13adc21"
+     "560f0bd40cc9c737",
+     "0cdc8c93bc07acb8690df89e9a2891a7d12694e79e2d337c836da052e9d3b98faab3458687dc356b"
+     "552aff39bf1dec7bf51a5d391bcd414a1bf8c3b7829b574c0afea4c66879d1d14ed15149ab8fe87f"
+     "bec4d0bdb1c505257b06e73ab7fb08564cb124498c8b8b616eaf6c5508630a26409e12d388740ada"
+     "f17c013d2ef02c72"},
+};
+
+Bytes with_half(Bytes signature, bool second, std::uint8_t filler) {
+    const auto middle = signature.begin() + static_cast<std::ptrdiff_t>(signature.size() / 2);
+    std::fill(second ? middle : signature.begin(), second ? signature.end() : middle, filler);
+    return signature;
+}
+
+} // namespace
+
+TEST(Signatures, VerifyInReverseOrderOnly) {
+    const OwnedProvider provider = open_provider();
+    const struct {
+        const Key& signer;
+        KeyParts parts;
+    } cases[] = {{Key::rsa(0), rsa_parts(0)}, {Key::ec(0), ec_parts()}};
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.parts.algorithm);
+        const OwnedKey key = test.parts.import_into(provider);
+        const Bytes signature = test.signer.sign(message);
+        const OwnedHash hash = hash_of(provider, CALG_SHA_256, message);
+        EXPECT_EQ(verify(hash, signature, key), ERROR_SUCCESS);
+        Bytes longer = signature;
+        longer.push_back(0);
+        const Bytes shorter(signature.begin(), signature.end() - 1);
+        for (const Bytes& bad : {reversed(signature), longer, shorter, cat(Bytes{0}, signature),
+                                 Bytes{}, Bytes(2048), Bytes(2049), Bytes(1 << 20)}) {
+            EXPECT_EQ(verify(hash, bad, key), NTE_BAD_SIGNATURE) << bad.size();
+        }
+        EXPECT_EQ(verify(hash, signature, key), ERROR_SUCCESS) << "a finished hash stays of use";
+        EXPECT_EQ(verify(hash_of(provider, CALG_SHA_256, {}), signature, key), NTE_BAD_SIGNATURE);
+        EXPECT_EQ(verify(hash_of(provider, CALG_SHA_384, message), signature, key),
+                  NTE_BAD_SIGNATURE);
+    }
+}
+
+TEST(Signatures, OfGostGoWithTheirOwnHashOnly) {
+    const OwnedProvider provider = open_provider(PROV_NORVANE_GOST);
+    for (const KnownAnswer& known : known_answers) {
+        SCOPED_TRACE(known.set);
+        const KeyParts parts{known.algorithm, sequence(oid(known.set)),
+                             octet_string(hex(known.key))};
+        const OwnedKey key = parts.import_into(provider);
+        ASSERT_NE(key, 0U);
+        const Bytes signature = hex(known.signature);
+        const OwnedHash hash = hash_of(provider, known.hash, text_bytes("abc"));
+        EXPECT_EQ(verify(hash, signature, key), ERROR_SUCCESS);
+        for (const bool second : {false, true}) {
+            EXPECT_EQ(verify(hash, with_half(signature, second, 0), key), NTE_BAD_SIGNATURE);
+            EXPECT_EQ(verify(hash, with_half(signature, second, 0xFF), key), NTE_BAD_SIGNATURE);
+        }
+        Bytes swapped = signature;
+        std::rotate(swapped.begin(),
+                    swapped.begin() + static_cast<std::ptrdiff_t>(swapped.size() / 2),
+                    swapped.end());
+        EXPECT_EQ(verify(hash, swapped, key), NTE_BAD_SIGNATURE);
+        EXPECT_EQ(verify(hash, cat(Bytes{0}, signature), key), NTE_BAD_SIGNATURE);
+        EXPECT_EQ(verify(hash_of(provider, CALG_NORVANE_GOST_R3411_2012_256, {}), signature, key),
+                  NTE_BAD_ALGID);
+    }
+}
+
+TEST(Signatures, RefuseFinishedHashesForeignKeysAndFlags) {
+    const OwnedProvider provider = open_provider(PROV_RSA_AES);
+    const OwnedProvider gost = open_provider(PROV_NORVANE_GOST);
+    const OwnedKey key = rsa_parts(0).import_into(provider);
+    const Bytes signature = Key::rsa(0).sign(message);
+
+    // In parts, and with a provider opened anew, by another name.
+    const OwnedHash hash = hash_of(open_provider(PROV_RSA_FULL), CALG_SHA_256,
+                                   Bytes(message.begin(), message.begin() + 5));
+    EXPECT_NE(CryptHashData(hash, message.data() + 5, static_cast<DWORD>(message.size() - 5), 0),
+              FALSE);
+    EXPECT_EQ(verify(hash, signature, key), ERROR_SUCCESS);
+    EXPECT_EQ(CryptHashData(hash, message.data(), 1, 0), FALSE);
+    EXPECT_EQ(GetLastError(), NTE_BAD_HASH_STATE);
+
+    EXPECT_EQ(verify(hash_of(gost, CALG_NORVANE_GOST_R3411_94, message), signature, key),
+              NTE_BAD_KEY);
+    const auto error_with = [&](LPCWSTR description, DWORD flags, const BYTE* bytes) {
+        EXPECT_EQ(CryptVerifySignatureW(hash, bytes, 256, key, description, flags), FALSE);
+        return GetLastError();
+    };
+    EXPECT_EQ(error_with(u"", 0, signature.data()), ERROR_INVALID_PARAMETER);
+    EXPECT_EQ(error_with(nullptr, 1, signature.data()), NTE_BAD_FLAGS);
+    EXPECT_EQ(error_with(nullptr, 0, nullptr), ERROR_INVALID_PARAMETER);
+}
+
+TEST(Signatures, VerifyWithTheirKeysWhateverWasImportedMeanwhile) {
+    const OwnedProvider provider = open_provider();
+    const Bytes signatures[] = {Key::rsa(0).sign(message), Key::rsa(1).sign(message)};
+    const OwnedHash hash = hash_of(provider, CALG_SHA_256, message);
+    const OwnedKey kept = rsa_parts(0).import_into(provider);
+    const auto check = [&] {
+        for (const std::size_t index : {0U, 1U}) {
+            const OwnedKey key = rsa_parts(index).import_into(provider);
+            EXPECT_EQ(verify(hash, signatures[index], key), ERROR_SUCCESS);
+            EXPECT_EQ(verify(hash, signatures[1 - index], key), NTE_BAD_SIGNATURE);
+        }
+    };
+    check();
+    // More keys than are remembered.
+    for (std::uint32_t i = 0; i < 5000; ++i) {
+        Bytes modulus(128, 0x7F);
+        modulus[60] = static_cast<std::uint8_t>(i);
+        modulus[61] = static_cast<std::uint8_t>(i >> 8);
+        modulus[0] = 0;
+        modulus[1] = 0xFF;
+        modulus.push_back(0x7F);
+        const KeyParts parts{"1.2.840.113549.1.1.1", null(),
+                             sequence(integer_octets(modulus), integer(3))};
+        ASSERT_NE(parts.import_into(provider), 0U);
+    }
+    check();
+    EXPECT_EQ(verify(hash, signatures[0], kept), ERROR_SUCCESS) << "a handle keeps its key";
+}
+
+TEST(Signatures, VerifyInManyThreadsAtOnce) {
+    const OwnedProvider shared = open_provider();
+    const Bytes signature = Key::rsa(2).sign(message);
+    const Bytes ec_signature = Key::ec(0).sign(message);
+    const KeyParts rsa = rsa_parts(2);
+    const KeyParts ec = ec_parts();
+    const KnownAnswer& known = known_answers[2];
+    const OwnedKey shared_key = rsa.import_into(shared);
+    const OwnedHash shared_hash = hash_of(shared, CALG_SHA_256, message);
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < 4; ++thread) {
+        threads.emplace_back([&] {
+            for (int i = 0; i < 50; ++i) {
+                const OwnedProvider own = open_provider();
+                const OwnedHash hash = hash_of(own, CALG_SHA_256, message);
+                EXPECT_EQ(verify(hash, signature, rsa.import_into(own)), ERROR_SUCCESS);
+                EXPECT_EQ(verify(hash, ec_signature, ec.import_into(shared)), ERROR_SUCCESS);
+                EXPECT_EQ(verify(shared_hash, signature, shared_key), ERROR_SUCCESS);
+                EXPECT_NE(CryptContextAddRef(shared, nullptr, 0), FALSE);
+                EXPECT_NE(CryptReleaseContext(shared, 0), FALSE);
+                PROV_ENUMALGS_EX algorithm{};
+                DWORD size = sizeof algorithm;
+                EXPECT_NE(CryptGetProvParam(shared, PP_ENUMALGS_EX,
+                                            reinterpret_cast<BYTE*>(&algorithm), &size,
+                                            CRYPT_FIRST),
+                          FALSE);
+            }
+            const OwnedProvider gost = open_provider(PROV_NORVANE_GOST);
+            const OwnedKey key =
+                KeyParts{known.algorithm, sequence(oid(known.set)), octet_string(hex(known.key))}
+                    .import_into(gost);
+            for (int i = 0; i < 3; ++i) {
+                EXPECT_EQ(
+                    verify(hash_of(gost, known.hash, text_bytes("abc")), hex(known.signature), key),
+                    ERROR_SUCCESS);
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+}

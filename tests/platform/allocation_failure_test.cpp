@@ -1,25 +1,5 @@
-// This program's operator new fails when a test wants it to, in the platform library too.
+#include "platform/FailingNew.h"
 #include "platform/StoreMaterial.h"
-
-#include <cstdlib>
-#include <new>
-
-namespace {
-
-thread_local long allocations_left = -1; // below 0: any number
-
-} // namespace
-
-void* operator new(std::size_t size) {
-    void* const block = allocations_left == 0 ? nullptr : std::malloc(size);
-    if (block == nullptr)
-        throw std::bad_alloc();
-    if (allocations_left > 0)
-        --allocations_left;
-    return block;
-}
-void operator delete(void* block) noexcept { std::free(block); }
-void operator delete(void* block, std::size_t /*size*/) noexcept { std::free(block); }
 
 namespace norvane::testing {
 namespace {
@@ -27,7 +7,7 @@ namespace {
 // Uses the stores with this many allocations. Returns the last error of what failed, or 0.
 DWORD use_stores(const Bytes& encoded, const Bytes& list, long allocations) {
     SetLastError(0);
-    allocations_left = allocations;
+    set_allocations_left(allocations);
     HCERTSTORE memory = CertOpenStore(CERT_STORE_PROV_MEMORY, 0, 0, 0, nullptr);
     HCERTSTORE collection = CertOpenStore(CERT_STORE_PROV_COLLECTION, 0, 0, 0, nullptr);
     PCCERT_CONTEXT loose =
@@ -44,7 +24,7 @@ DWORD use_stores(const Bytes& encoded, const Bytes& list, long allocations) {
         (found = CertEnumCertificatesInStore(collection, nullptr)) != nullptr &&
         CertFindCertificateInCRL(found, crl, 0, nullptr, &entry);
     const DWORD error = done ? 0 : GetLastError();
-    allocations_left = -1;
+    set_allocations_left(-1);
     EXPECT_EQ(entry != nullptr, done);
     CertFreeCertificateContext(found);
     CertFreeCertificateContext(loose);

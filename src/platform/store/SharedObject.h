@@ -6,9 +6,9 @@
 #include "platform/store/Ref.h"
 #include "platform/store/ReferenceCount.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
-#include <cstring>
 #include <memory>
 #include <mutex>
 #include <unordered_map>
@@ -45,7 +45,7 @@ class SharedObject {
     SharedObject(ByteView bytes, std::uint64_t hash)
         : hash_(hash), length_(bytes.length),
           bytes_(std::make_unique_for_overwrite<std::uint8_t[]>(bytes.length)) {
-        std::memcpy(bytes_.get(), bytes.data, bytes.length);
+        std::copy(bytes.begin(), bytes.end(), bytes_.get());
     }
     ~SharedObject() = default;
 

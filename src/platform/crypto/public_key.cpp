@@ -13,7 +13,15 @@ using norvane::OidEntry;
 /// Room for the largest RSA and DSA keys that are taken. What is longer need not be looked at.
 constexpr DWORD max_key_info_size = 4096;
 
-bool is_readable(const BYTE* bytes, DWORD size) noexcept { return bytes != nullptr || size == 0; }
+template <class Blob>
+bool is_readable(const Blob& blob) noexcept {
+    return blob.pbData != nullptr || blob.cbData == 0;
+}
+
+template <class Blob>
+Octets octets_of(const Blob& blob) noexcept {
+    return {blob.pbData, blob.cbData};
+}
 
 /// What the table of identifiers says about a key's algorithm.
 struct KeyAlgorithm {
@@ -46,9 +54,8 @@ BOOL CryptImportPublicKeyInfoEx(HCRYPTPROV hCryptProv, DWORD dwCertEncodingType,
         return norvane::fail(NTE_BAD_UID);
     }
     if (pInfo == nullptr || phKey == nullptr || pvAuxInfo != nullptr ||
-        pInfo->Algorithm.pszObjId == nullptr ||
-        !is_readable(pInfo->Algorithm.Parameters.pbData, pInfo->Algorithm.Parameters.cbData) ||
-        !is_readable(pInfo->PublicKey.pbData, pInfo->PublicKey.cbData)) {
+        pInfo->Algorithm.pszObjId == nullptr || !is_readable(pInfo->Algorithm.Parameters) ||
+        !is_readable(pInfo->PublicKey)) {
         return norvane::fail(ERROR_INVALID_PARAMETER);
     }
     if (dwFlags != 0) {
@@ -61,17 +68,17 @@ BOOL CryptImportPublicKeyInfoEx(HCRYPTPROV hCryptProv, DWORD dwCertEncodingType,
     if (!algorithm.wanted || !context->provider.offers(algorithm.signature)) {
         return norvane::fail(NTE_BAD_ALGID);
     }
-    const auto& [parameters_size, parameters] = pInfo->Algorithm.Parameters;
-    const auto& [key_size, key, unused_bits] = pInfo->PublicKey;
-    if (unused_bits != 0 || parameters_size > max_key_info_size ||
-        key_size > max_key_info_size - parameters_size) {
+    const CRYPT_OBJID_BLOB& parameters = pInfo->Algorithm.Parameters;
+    const CRYPT_BIT_BLOB& key = pInfo->PublicKey;
+    if (key.cUnusedBits != 0 || parameters.cbData > max_key_info_size ||
+        key.cbData > max_key_info_size - parameters.cbData) {
         return norvane::fail(NTE_BAD_PUBLIC_KEY);
     }
     return norvane::guarded([&] {
         auto public_key = norvane::key_cache().get({.provider = &context->provider,
                                                     .algorithm = algorithm.signature,
-                                                    .parameters = {parameters, parameters_size},
-                                                    .key = {key, key_size}});
+                                                    .parameters = octets_of(parameters),
+                                                    .key = octets_of(key)});
         if (public_key == nullptr) {
             return norvane::fail(NTE_BAD_PUBLIC_KEY);
         }

@@ -9,13 +9,11 @@
 namespace norvane {
 namespace {
 
-/// The value, or an exception that the next read throws again.
-template <class Value, class Kept>
-const Value& require_value(const ASN1T_Extension& extension, Lazy<Kept>& lazy,
-                           const char* message) {
+/// The value, or an exception that every read throws again.
+template <class Value>
+const Value& require_value(const ASN1T_Extension& extension, const char* message) {
     const auto* const value = extension.value_as<Value>();
     if (value == nullptr) {
-        lazy.memo = false;
         throw CAValidateException(message, source_module::chain_base, __LINE__);
     }
     return *value;
@@ -29,9 +27,10 @@ struct CRLItem::Rules {
     static void keep_idp(const ASN1T_Extension& extension,
                          Lazy<WithRaw<ASN1T_IssuingDistributionPoint>>& lazy) {
         lazy.kept.raw = blob_of(extension.extnValue);
-        lazy.kept.value = &require_value<ASN1T_IssuingDistributionPoint>(
-            extension, lazy, "idp extension is malformed");
+        lazy.kept.value =
+            &require_value<ASN1T_IssuingDistributionPoint>(extension, "idp extension is malformed");
         if (!extension.critical) {
+            lazy.memo = true; // The second read takes the value without complaint.
             throw CAValidateException("idp extension is not critical", source_module::chain_base,
                                       __LINE__);
         }
@@ -50,8 +49,7 @@ struct CRLItem::Rules {
 
     static void keep_number(const ASN1T_Extension& extension,
                             Lazy<std::optional<std::uint32_t>>& lazy) {
-        lazy.kept =
-            require_value<ASN1T_CRLNumber>(extension, lazy, "CRL number is malformed").value;
+        lazy.kept = require_value<ASN1T_CRLNumber>(extension, "CRL number is malformed").value;
     }
 
     static void keep_kind(const ASN1T_Extension& extension, Lazy<CrlKind>& lazy) {

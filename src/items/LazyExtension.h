@@ -1,6 +1,7 @@
 #pragma once
 
 #include "asn1/Extension.h"
+#include "values/Exceptions.h"
 #include "values/ObjectIdentifierText.h"
 
 #include <cstdint>
@@ -8,10 +9,10 @@
 namespace norvane {
 
 /// When an accessor's memo byte is set. It decides what a second read gives after the first one
-/// has thrown, because the item does not decode or the extension is refused:
+/// has thrown because the item does not decode:
 enum class MemoSet : std::uint8_t {
-    on_entry, ///< The second read takes what is kept so far: absent, unless the keeper kept some.
-    on_exit,  ///< The second read looks again, and throws again.
+    on_entry,           ///< The extension counts as absent.
+    on_exit,            ///< The second read looks again, and throws again.
     without_extensions, ///< As on_exit, and even a good look-up is only remembered for an item
                         ///< that has no extensions at all; else every read looks up afresh.
 };
@@ -29,7 +30,8 @@ template <class Kept>
 struct ExtensionRule {
     const char* oid;
     MemoSet memo_set;
-    /// Fills `lazy.kept` from the extension. May throw; what it has kept by then stays kept.
+    /// Fills `lazy.kept` from the extension. May throw; the next read then looks again, unless
+    /// `keep` has set the memo, and so takes what it has kept.
     void (*keep)(const ASN1T_Extension& extension, Lazy<Kept>& lazy);
 };
 
@@ -47,14 +49,22 @@ struct ExtensionRule {
 }
 
 /// The common plan of the accessors: look up, keep, remember. `item.extensions()` gives the list,
-/// or null if the item has none, and throws if the item does not decode.
+/// or null if the item has none, and throws Asn1Exception if the item does not decode. A failure of
+/// another kind, for want of memory say, leaves no memo: the next read may succeed, and until then
+/// the extension must not pass for absent.
 template <class Item, class Kept>
 const Kept& look_up(const Item& item, Lazy<Kept>& lazy, const ExtensionRule<Kept>& rule) {
     if (lazy.memo) {
         return lazy.kept;
     }
-    lazy = {.kept = {}, .memo = rule.memo_set == MemoSet::on_entry};
-    const ASN1T_Extensions* const extensions = item.extensions();
+    lazy = {};
+    const ASN1T_Extensions* extensions = nullptr;
+    try {
+        extensions = item.extensions();
+    } catch (const Asn1Exception&) {
+        lazy.memo = rule.memo_set == MemoSet::on_entry;
+        throw;
+    }
     if (extensions == nullptr) {
         lazy.memo = true;
         return lazy.kept;

@@ -3,6 +3,7 @@
 #include "Material.h"
 
 #include <optional>
+#include <string>
 
 #include <gtest/gtest.h>
 
@@ -13,14 +14,7 @@ namespace {
 
 using namespace testing;
 
-std::string shown(const CACMPT_BLOB& blob) {
-    std::string digits;
-    for (const std::uint8_t byte : bytes_of(blob)) {
-        digits += "0123456789abcdef"[byte >> 4];
-        digits += "0123456789abcdef"[byte & 15];
-    }
-    return digits;
-}
+std::string shown(const CACMPT_BLOB& blob) { return {blob.data, blob.data + blob.length}; }
 std::string shown(const CACMPT_CERT_NAME& name) { return shown(name.encoded); }
 std::string shown(const std::string& text) { return text; }
 std::string shown(std::int64_t number) { return std::to_string(number); }
@@ -74,8 +68,8 @@ const std::vector<Row<CertificateItem>> certificate_rows{
     {ACCESSOR(key_usage),                "set",   "null",  "null",    throws},
     {ACCESSOR(ext_key_usage),            "set",   "null",  "null",    throws},
     {ACCESSOR(authority_key_identifier), "set",   "null",  "null",    "null"},
-    {ACCESSOR(subject_key_identifier),   "0102",  "",      "",        throws, kept},
-    {ACCESSOR(authority_key_id),         "ab02",  "",      "",        "",     kept},
+    {ACCESSOR(subject_key_identifier),   "\x01\x02", "",  "",        throws, kept},
+    {ACCESSOR(authority_key_id),         "\xab\x02", "",  "",        "",     kept},
     {ACCESSOR(authority_cert_serial),    "0x03",  "",      "",        "",     kept},
     // clang-format on
 };
@@ -95,7 +89,7 @@ const std::vector<Row<CRLItem>> crl_rows{
     {ACCESSOR(crl_number),               "7",     "null",  refused,   "null"},
     {ACCESSOR(delta_crl_indicator),      "5",     "null",  refused,   "null"},
     {ACCESSOR(crl_kind),                 "1",     "-1",    "-1",      "-1"},
-    {ACCESSOR(authority_key_id),         "ab02",  "",      "",        "",     kept},
+    {ACCESSOR(authority_key_id),         "\xab\x02", "",  "",        "",     kept},
     {ACCESSOR(authority_cert_serial),    "0x03",  "",      "",        "",     kept},
     // clang-format on
 };
@@ -219,12 +213,9 @@ TEST(MemoRules, HoldForEveryAccessorOfCrls) { expect_table(crl_rows, crl_extensi
 TEST(MemoRules, MovingAnItemLeavesItsDecodedStructureInPlace) {
     CertificateItem item = certificate(certificate_extensions);
     const auto* const usage = item.key_usage();
-    const auto* const encoded = item.encoded().data;
     CertificateItem moved(std::move(item));
     item = std::move(moved);
-    EXPECT_TRUE(item.is_decoded());
     EXPECT_EQ(item.key_usage(), usage);
-    EXPECT_EQ(item.encoded().data, encoded);
     EXPECT_TRUE(ASN1CBitStr(usage->bits).get(crl_sign));
 }
 

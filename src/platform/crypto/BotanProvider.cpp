@@ -54,15 +54,17 @@ class BotanHash final : public Hash {
 
 class BotanProvider final : public Provider {
   public:
-    std::span<const Algorithm> algorithms() const noexcept override { return offered; }
+    [[nodiscard]] std::span<const Algorithm> algorithms() const noexcept override {
+        return offered;
+    }
 
-    std::unique_ptr<Hash> create_hash(ALG_ID algorithm) const override {
+    [[nodiscard]] std::unique_ptr<Hash> create_hash(ALG_ID algorithm) const override {
         const auto* const found = std::ranges::find(hash_names, algorithm, &HashName::algorithm);
         return found == std::end(hash_names) ? nullptr : std::make_unique<BotanHash>(found->name);
     }
 
-    std::shared_ptr<const PublicKey> import_key(ALG_ID algorithm, Octets parameters,
-                                                Octets key) const override {
+    [[nodiscard]] std::shared_ptr<const PublicKey> import_key(ALG_ID algorithm, Octets parameters,
+                                                              Octets key) const override {
         return algorithm == CALG_NORVANE_GOST_R3410_94
                    ? import_gost_94_key(parameters, key)
                    : import_gost_key(algorithm, parameters, key);

@@ -78,9 +78,11 @@ template <class Object>
     return object->is_of_its_kind() ? object : nullptr;
 }
 
-template <class Object>
-[[nodiscard]] std::uintptr_t handle_of(Object* object) noexcept {
-    return reinterpret_cast<std::uintptr_t>(object);
+/// A new object, which belongs to whoever has the handle. Throws std::bad_alloc.
+template <class Object, class... Arguments>
+[[nodiscard]] std::uintptr_t make_handle(Arguments&&... arguments) {
+    auto object = std::make_unique<Object>(std::forward<Arguments>(arguments)...);
+    return reinterpret_cast<std::uintptr_t>(object.release());
 }
 
 } // namespace norvane

@@ -145,9 +145,11 @@ class LibcryptoKey final : public PublicKey {
 
 class LibcryptoProvider final : public Provider {
   public:
-    std::span<const Algorithm> algorithms() const noexcept override { return offered; }
+    [[nodiscard]] std::span<const Algorithm> algorithms() const noexcept override {
+        return offered;
+    }
 
-    std::unique_ptr<Hash> create_hash(ALG_ID algorithm) const override {
+    [[nodiscard]] std::unique_ptr<Hash> create_hash(ALG_ID algorithm) const override {
         const std::size_t index = digest_index(algorithm);
         if (index == no_digest) {
             return nullptr;
@@ -156,8 +158,8 @@ class LibcryptoProvider final : public Provider {
         return std::make_unique<LibcryptoHash>(library_.digests[index]);
     }
 
-    std::shared_ptr<const PublicKey> import_key(ALG_ID algorithm, Octets parameters,
-                                                Octets key) const override {
+    [[nodiscard]] std::shared_ptr<const PublicKey> import_key(ALG_ID algorithm, Octets parameters,
+                                                              Octets key) const override {
         const ErrorQueueGuard guard;
         KeyPointer made = make(algorithm, parameters, key);
         return made == nullptr
@@ -166,7 +168,7 @@ class LibcryptoProvider final : public Provider {
     }
 
   private:
-    KeyPointer make(ALG_ID algorithm, Octets parameters, Octets key) const {
+    [[nodiscard]] KeyPointer make(ALG_ID algorithm, Octets parameters, Octets key) const {
         switch (algorithm) {
         case CALG_RSA_SIGN:
             return make_rsa_key(library_.context, parameters, key);

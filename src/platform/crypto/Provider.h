@@ -2,6 +2,7 @@
 
 #include <norvane/wincrypt.h>
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -78,12 +79,8 @@ class Provider {
     import_key(ALG_ID algorithm, Octets parameters, Octets key) const = 0;
 
     [[nodiscard]] bool offers(ALG_ID algorithm) const noexcept {
-        for (const Algorithm& offered : algorithms()) {
-            if (offered.id == algorithm) {
-                return true;
-            }
-        }
-        return false;
+        const auto all = algorithms();
+        return std::ranges::find(all, algorithm, &Algorithm::id) != all.end();
     }
 };
 

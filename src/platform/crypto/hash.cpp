@@ -25,7 +25,7 @@ BOOL CryptCreateHash(HCRYPTPROV hProv, ALG_ID Algid, HCRYPTKEY hKey, DWORD dwFla
         if (hash == nullptr) {
             return norvane::fail(NTE_BAD_ALGID);
         }
-        *phHash = norvane::handle_of(new HashObject(context->provider, Algid, std::move(hash)));
+        *phHash = norvane::make_handle<HashObject>(context->provider, Algid, std::move(hash));
         return TRUE;
     });
 }

@@ -62,7 +62,7 @@ BOOL acquire(HCRYPTPROV* handle, const Char* container, const Char* name, DWORD 
             if (row == nullptr) {
                 return FALSE;
             }
-            *handle = norvane::handle_of(new ProviderContext(*row, row->provider()));
+            *handle = norvane::make_handle<ProviderContext>(*row, row->provider());
             return TRUE;
         },
         NTE_PROVIDER_DLL_FAIL);
@@ -111,6 +111,7 @@ BOOL CryptAcquireContextW(HCRYPTPROV* phProv, LPCWSTR szContainer, LPCWSTR szPro
     return acquire(phProv, szContainer, szProvider, dwProvType, dwFlags, narrow);
 }
 
+// NOLINTNEXTLINE(readability-non-const-parameter): the platform declares it so
 BOOL CryptContextAddRef(HCRYPTPROV hProv, DWORD* pdwReserved, DWORD dwFlags) noexcept {
     auto* const context = norvane::object_of<ProviderContext>(hProv);
     if (context == nullptr) {

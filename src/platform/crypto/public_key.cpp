@@ -82,8 +82,7 @@ BOOL CryptImportPublicKeyInfoEx(HCRYPTPROV hCryptProv, DWORD dwCertEncodingType,
         if (public_key == nullptr) {
             return norvane::fail(NTE_BAD_PUBLIC_KEY);
         }
-        *phKey =
-            norvane::handle_of(new norvane::KeyObject(context->provider, std::move(public_key)));
+        *phKey = norvane::make_handle<norvane::KeyObject>(context->provider, std::move(public_key));
         return TRUE;
     });
 }

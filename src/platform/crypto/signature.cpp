@@ -45,7 +45,7 @@ BOOL CryptVerifySignatureW(HCRYPTHASH hHash, const BYTE* pbSignature, DWORD dwSi
         return norvane::fail(NTE_BAD_SIGNATURE);
     }
     return norvane::guarded([&] {
-        std::array<std::uint8_t, max_signature_size> forward;
+        std::array<std::uint8_t, max_signature_size> forward{};
         std::reverse_copy(pbSignature, pbSignature + dwSigLen, forward.begin());
         const Digest digest = finished(*hash);
         switch (

@@ -13,7 +13,7 @@ HCERTSTORE duplicate(HCERTSTORE handle) {
     if (handle == nullptr) {
         throw CAException("Store handle is NULL.", source_module::store_util, __LINE__);
     }
-    const HCERTSTORE same = CertDuplicateStore(handle);
+    HCERTSTORE same = CertDuplicateStore(handle);
     if (same == nullptr) {
         throw CryptException(GetLastError(), source_module::store_util, __LINE__);
     }

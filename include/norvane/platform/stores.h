@@ -181,8 +181,8 @@ PCCRL_CONTEXT CertFindCRLInStore(HCERTSTORE hCertStore, DWORD dwCertEncodingType
 typedef BOOL (*NORVANE_SKIPPED_FILE_CALLBACK)(LPCSTR pszFile, LPCSTR pszReason, void* pvArg);
 
 /// Tells what of a named system store could not be read and was passed over, in the order of
-/// reading; it brings the store up to date first. A path of the configuration at which there is
-/// nothing is not told of.
+/// reading. It looks at the files as `CertOpenStore` does. A path of the configuration at which
+/// there is nothing is not told of.
 ///
 /// @param pwszStoreName the name, as for `CertOpenStore`.
 /// @param pfnCallback called once for each, without a lock being held. It must not throw.

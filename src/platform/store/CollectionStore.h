@@ -41,8 +41,6 @@ class CollectionStore final : public Store {
         std::unordered_set<const Store*> stores;
     };
 
-    ~CollectionStore() override = default;
-
     void walk(Walk& met);
     [[nodiscard]] ObjectStore* find_target();
 

@@ -16,13 +16,14 @@ class StoreReader {
     explicit StoreReader(FileInventory files) {
         content_.unsettled = is_unsettled(files, std::chrono::system_clock::now());
         content_.files = std::move(files);
-        content_.objects = Store::make<ObjectStore>(Additions::refused);
+        content_.objects = Ref<ObjectStore>::adopt(new ObjectStore(Additions::refused));
     }
 
     [[nodiscard]] StoreContent read() {
         for (const InventoryFile& file : content_.files) {
             read_file(file);
         }
+        content_.objects->publish();
         return std::move(content_);
     }
 

@@ -64,8 +64,6 @@ class OpenedNamedStore final : public Store {
     [[nodiscard]] ObjectStore* leaf() noexcept override { return objects_.get(); }
 
   private:
-    ~OpenedNamedStore() override = default;
-
     Ref<ObjectStore> objects_;
 };
 

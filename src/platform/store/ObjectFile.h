@@ -24,12 +24,12 @@ inline constexpr std::size_t max_object_file_size = 268'435'456;
 class ObjectFile {
   public:
     struct Object {
-        ObjectKind kind;
+        ObjectKind kind{};
         ByteView bytes;
-        std::uint32_t number; ///< In the file, from 1.
+        std::uint32_t number = 0; ///< In the file, from 1.
     };
     struct Fault {
-        std::uint32_t number; ///< Of the object; 0 for the file as a whole.
+        std::uint32_t number = 0; ///< Of the object; 0 for the file as a whole.
         std::string text;
     };
 

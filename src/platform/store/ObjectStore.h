@@ -49,10 +49,11 @@ class CellList {
 };
 
 /// A store that holds objects itself, and never lets go of one. One that refuses additions is
-/// filled by its maker before others know it, and is read without a lock.
+/// filled by its maker before it is published, and is read without a lock.
 class ObjectStore final : public Store {
   public:
     explicit ObjectStore(Additions additions) : additions_(additions) {}
+    ~ObjectStore() override;
 
     /// Adds an object unless the store has it. Gives its cell, or null if it was refused.
     [[nodiscard]] CertificateCell* add(Ref<SharedCertificate> object, Duplicate duplicate);
@@ -70,8 +71,6 @@ class ObjectStore final : public Store {
 
   private:
     struct Content;
-
-    ~ObjectStore() override;
 
     [[nodiscard]] Content& content();
     [[nodiscard]] std::unique_lock<std::mutex> lock(Content& content) const;

@@ -12,7 +12,7 @@ enum class ObjectKind : std::uint8_t { certificate, crl };
 
 /// An encoded object and what its place or its outline says that it is; it may yet not decode.
 struct EncodedObject {
-    ObjectKind kind;
+    ObjectKind kind{};
     ByteView bytes;
 };
 

@@ -59,7 +59,7 @@ Store::Store() : number_(Table::instance().new_number()) {}
 
 Store::~Store() { Table::instance().remove(number_); }
 
-void Store::enter_table() { Table::instance().enter(*this); }
+void Store::publish() { Table::instance().enter(*this); }
 
 Ref<Store> Store::find(HCERTSTORE handle) {
     return Table::instance().find(reinterpret_cast<std::uintptr_t>(handle));

@@ -26,12 +26,15 @@ class Store {
   public:
     Store(const Store&) = delete;
     Store& operator=(const Store&) = delete;
+    virtual ~Store();
 
-    /// Makes a store that handles can name. Throws std::bad_alloc.
+    /// Makes the handle name this store. Throws std::bad_alloc.
+    void publish();
+    /// A published store. Throws std::bad_alloc.
     template <class Kind, class... Arguments>
     [[nodiscard]] static Ref<Kind> make(Arguments&&... arguments) {
         auto store = Ref<Kind>::adopt(new Kind(std::forward<Arguments>(arguments)...));
-        store->enter_table();
+        store->publish();
         return store;
     }
 
@@ -64,12 +67,9 @@ class Store {
 
   protected:
     Store();
-    virtual ~Store();
 
   private:
     class Table;
-
-    void enter_table();
 
     ReferenceCount references_{1};
     ReferenceCount openings_{0};

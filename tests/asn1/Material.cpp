@@ -1,9 +1,5 @@
 #include "asn1/Material.h"
 
-#include <stdexcept>
-
-#include <openssl/x509.h>
-
 namespace norvane::testing {
 namespace {
 
@@ -75,29 +71,24 @@ std::vector<Bytes> crl_extensions() {
             crl_kind(1)};
 }
 
+Bytes content_of(const Bytes& element) {
+    const std::ptrdiff_t header = element[1] < 0x80 ? 2 : 2 + (element[1] & 0x7f);
+    return {element.begin() + header, element.end()};
+}
+
 Bytes value_of(const Bytes& extension) {
-    const std::uint8_t* at = extension.data();
-    const std::shared_ptr<X509_EXTENSION> read(
-        d2i_X509_EXTENSION(nullptr, &at, static_cast<long>(extension.size())), X509_EXTENSION_free);
-    if (read == nullptr) {
-        throw std::logic_error("not an extension");
+    Bytes fields = content_of(extension);
+    fields.erase(fields.begin(), fields.begin() + 2 + fields[1]); // extnID
+    if (fields[0] == 0x01) {
+        fields.erase(fields.begin(), fields.begin() + 3); // critical
     }
-    const ASN1_STRING* const value = X509_EXTENSION_get_data(read.get());
-    const std::uint8_t* const data = ASN1_STRING_get0_data(value);
-    return {data, data + ASN1_STRING_length(value)};
+    return content_of(fields);
 }
 
 Bytes typical_certificate() {
     const std::vector<Bytes> extensions = certificate_extensions();
     return with_signature(
-        CertificateBuilder{.serial = hex("3f00112233445566778899aabbccddee"),
-                           .issuer = name({{"2.5.4.6", printable("RU")},
-                                           {"2.5.4.10", utf8("Example")},
-                                           {"2.5.4.3", utf8("Example CA")}}),
-                           .subject = name({{"2.5.4.6", printable("RU")},
-                                            {"2.5.4.7", utf8("City")},
-                                            {"2.5.4.10", utf8("Example")},
-                                            {"2.5.4.3", utf8("www.example.org")}}),
+        CertificateBuilder{.issuer = varied_name(),
                            .spki = public_key(),
                            .extensions = {extensions.begin(), extensions.begin() + 6}}
             .tbs(algorithm()));
@@ -120,31 +111,23 @@ Bytes full_certificate() {
 }
 
 std::vector<CrlEntry> varied_entries() {
-    const auto serial = [](std::uint8_t fill, std::size_t octets) { return Bytes(octets, fill); };
-    std::vector<CrlEntry> plain;
+    std::vector<CrlEntry> entries{
+        {.serial = {0x00}},
+        {.serial = {0x80, 0x00}, .date = generalized_time("20260101000000Z")},
+        {.serial = Bytes(127, 0x7e), .extensions = {reason_code(1)}},
+        {.serial = Bytes(300, 0x7e), .extensions = {reason_code(1)}},
+        {.serial = {0x02}, .date = utc_time("2601010000Z")},
+        {.serial = {0x03}, .extensions = {Bytes{}}},
+        {.serial = {0x04}, .extensions = {reason_code(1), certificate_issuer({url("x")})}},
+        {.serial = {0x08},
+         .extensions = {sequence(oid("2.5.29.21"), boolean(false), octet_string(enumerated(2)))}},
+        {.serial = {0x05}, .extensions = {certificate_issuer(all_general_names())}},
+        {.serial = {0x06}, .extensions = {extension("2.5.29.21", Critical::yes, enumerated(8))}},
+        {.serial = {0x07}, .extensions = {extension("2.5.29.21", Critical::no, null())}}};
     for (std::uint8_t i = 1; i < 12; ++i) {
-        plain.push_back({.serial = serial(i, i), .extensions = {}});
-        plain.push_back({.serial = serial(i, 17 - i % 16U), .extensions = {reason_code(i % 11)}});
+        entries.push_back({.serial = Bytes(i, i), .extensions = {}});
+        entries.push_back({.serial = Bytes(17U - i, i), .extensions = {reason_code(i % 11)}});
     }
-    std::vector<CrlEntry> entries = plain;
-    for (const CrlEntry& entry : std::initializer_list<CrlEntry>{
-             {.serial = {0x00}},
-             {.serial = {0x80, 0x00}, .date = generalized_time("20260101000000Z")},
-             {.serial = serial(0x7e, 127), .extensions = {reason_code(1)}},
-             {.serial = serial(0x7e, 300), .extensions = {reason_code(1)}},
-             {.serial = {0x02}, .date = utc_time("2601010000Z")},
-             {.serial = {0x03}, .extensions = {Bytes{}}},
-             {.serial = {0x04}, .extensions = {reason_code(1), certificate_issuer({url("x")})}},
-             {.serial = {0x05}, .extensions = {certificate_issuer(all_general_names())}},
-             {.serial = {0x06},
-             .extensions = {extension("2.5.29.21", Critical::yes, enumerated(8)),
-                            extension("2.5.29.24", Critical::no,
-                                      generalized_time("20260101000000Z"))}},
-             {.serial = {0x07}, .extensions = {extension("2.5.29.21", Critical::no, null())}}}) {
-        entries.push_back(entry);
-        entries.push_back(plain[entries.size() % plain.size()]);
-    }
-    entries.insert(entries.end(), plain.begin(), plain.end());
     return entries;
 }
 

@@ -21,7 +21,8 @@ namespace norvane::testing {
 [[nodiscard]] std::vector<Bytes> certificate_extensions();
 [[nodiscard]] std::vector<Bytes> crl_extensions();
 
-// The content of the extension's extnValue.
+// The content of the element, and that of the extension's extnValue.
+[[nodiscard]] Bytes content_of(const Bytes& element);
 [[nodiscard]] Bytes value_of(const Bytes& extension);
 
 // A certificate of some 700 octets with what most certificates have.
@@ -29,7 +30,7 @@ namespace norvane::testing {
 // With all optional fields.
 [[nodiscard]] Bytes full_certificate();
 
-// Entries of every shape, plain ones of the usual shape first and last.
+// Entries of every shape, behind them plain ones of the usual shape.
 [[nodiscard]] std::vector<CrlEntry> varied_entries();
 [[nodiscard]] Bytes full_crl(const std::vector<CrlEntry>& entries = varied_entries());
 

@@ -15,12 +15,8 @@ Bytes list_of(const Bytes& entries) {
     return with_signature(CrlBuilder{.encoded_entries = entries}.tbs());
 }
 
-Bytes repeated(const Bytes& part, std::size_t times) {
-    Bytes out;
-    for (std::size_t i = 0; i < times; ++i) {
-        append(out, part);
-    }
-    return out;
+std::vector<Bytes> repeated(const Bytes& part, std::size_t times) {
+    return std::vector(times, part);
 }
 
 void expect_the_entries_of_libcrypto(const Bytes& crl, std::size_t count) {
@@ -59,22 +55,6 @@ TEST(RevokedCertificates, EntriesOfAllShapesAreThoseOfLibcrypto) {
     expect_the_entries_of_libcrypto(to_indefinite(all), 1000 + 2 * shapes.size());
 }
 
-TEST(RevokedCertificates, WalksAreIndependentOfEachOther) {
-    Decoded<ASN1T_CertificateList> list(
-        list_of(cat(segmented_entry(1), segmented_entry(2), segmented_entry(3))));
-    ASSERT_EQ(list.status, 0) << list.error();
-    const ASN1T_RevokedCertificates copy = list.value.tbsCertList.revokedCertificates;
-    auto place = ++copy.begin();
-    const ASN1T_RevokedCertificate second = *place;
-    ++place;
-    for (int walk = 0; walk < 2; ++walk) {
-        EXPECT_EQ(bytes_of((*++second.crlEntryExtensions.begin()).extnValue), Bytes{2});
-    }
-    EXPECT_EQ(place->userCertificate.text(), "0x03");
-    EXPECT_TRUE(++place == copy.end());
-    EXPECT_TRUE(ASN1T_RevokedCertificates{}.begin() == ASN1T_RevokedCertificates{}.end());
-}
-
 TEST(RevokedCertificates, SegmentsAreWalkedInLinearTime) {
     // A walk that looked for each segmented string from the first one on would take minutes.
     constexpr std::size_t count = 300000;
@@ -83,7 +63,7 @@ TEST(RevokedCertificates, SegmentsAreWalkedInLinearTime) {
         return sequence(integer(1), utc_time("260101000000Z"), sequence(extensions));
     };
     Decoded<ASN1T_CertificateList> list(
-        list_of(cat(repeated(entry(extension), count), entry(repeated(extension, count)))));
+        list_of(cat(repeated(entry(extension), count), entry(cat(repeated(extension, count))))));
     ASSERT_EQ(list.status, 0) << list.error();
     const auto started = std::chrono::steady_clock::now();
     std::size_t octets = 0;
@@ -104,23 +84,29 @@ TEST(RevokedCertificates, BadEntriesAreRefusedAmongGoodOnes) {
     for (const Bytes& bad :
          {sequence(integer_octets({}), date), sequence(integer(77)), sequence(integer(1), utf8("")),
           sequence(integer(1), date, reason, reason),
+          sequence(integer(1), utc_time("2601010000Z"), null()),
           sequence(integer(1), date, sequence(sequence(oid("1.2")))),
-          sequence(integer(1), date, sequence(sequence(oid("1.2"), boolean(true), null()))),
           sequence(integer(1), date, hex("300c 300b 0603551d15 0403 0a0101")),
-          set(integer(1), date, reason), integer(77)}) {
+          set(integer(1), date, reason)}) {
         for (const std::size_t behind : {0U, 2U, 20U}) {
             Decoded<ASN1T_CertificateList> list(
                 list_of(cat(repeated(plain, 20), bad, repeated(plain, behind))));
             EXPECT_LT(list.status, 0);
-            EXPECT_EQ(list.error().find("CertificateList.tbsCertList.revokedCertificates."
-                                        "revokedCertificate"),
-                      0)
-                << list.error();
             const auto place = std::ranges::search(list.input, bad);
             const auto failed =
                 list.input.begin() + std::ptrdiff_t{list.buffer.getCtxt().failure.offset};
             EXPECT_TRUE(failed >= place.begin() && failed <= place.end()) << list.error();
         }
+    }
+}
+
+TEST(RevokedCertificates, LengthsOfTheLastEntryLeadNowherePastTheBuffer) {
+    for (std::size_t size = 4; size < 200; ++size) {
+        Bytes entries(size, 0x17);
+        const auto length = static_cast<std::uint8_t>(std::min<std::size_t>(size - 2, 0x7f));
+        std::ranges::copy(Bytes{0x30, length, 0x02, 0x7f}, entries.begin());
+        EXPECT_LT(Decoded<ASN1T_TBSCertList>(CrlBuilder{.encoded_entries = entries}.tbs()).status,
+                  0);
     }
 }
 

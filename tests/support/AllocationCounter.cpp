@@ -1,8 +1,6 @@
 #include "support/AllocationCounter.h"
 
-#include <algorithm>
 #include <atomic>
-#include <cstddef>
 #include <cstdlib>
 #include <new>
 
@@ -15,11 +13,9 @@ std::atomic<std::size_t> allocated_bytes = 0;
 std::atomic<std::size_t> live_bytes = 0;
 std::atomic<std::size_t> peak_bytes = 0;
 
-void* take(std::size_t size, std::align_val_t alignment = {}) noexcept {
-    void* block = nullptr;
-    const std::size_t unit =
-        std::max(static_cast<std::size_t>(alignment), alignof(std::max_align_t));
-    if (posix_memalign(&block, unit, size == 0 ? 1 : size) != 0)
+void* take(std::size_t size) noexcept {
+    void* const block = std::malloc(size == 0 ? 1 : size);
+    if (block == nullptr)
         return nullptr;
     ++allocation_count;
     allocated_bytes += size;
@@ -45,30 +41,19 @@ void give_back(void* block) noexcept {
 } // namespace
 
 using Size = std::size_t;
-using Align = std::align_val_t;
 using NoThrow = std::nothrow_t;
 
 void* operator new(Size size) { return or_throw(take(size)); }
 void* operator new[](Size size) { return or_throw(take(size)); }
-void* operator new(Size size, Align align) { return or_throw(take(size, align)); }
-void* operator new[](Size size, Align align) { return or_throw(take(size, align)); }
 void* operator new(Size size, const NoThrow&) noexcept { return take(size); }
 void* operator new[](Size size, const NoThrow&) noexcept { return take(size); }
-void* operator new(Size size, Align align, const NoThrow&) noexcept { return take(size, align); }
-void* operator new[](Size size, Align align, const NoThrow&) noexcept { return take(size, align); }
 
 void operator delete(void* block) noexcept { give_back(block); }
 void operator delete[](void* block) noexcept { give_back(block); }
 void operator delete(void* block, Size) noexcept { give_back(block); }
 void operator delete[](void* block, Size) noexcept { give_back(block); }
-void operator delete(void* block, Align) noexcept { give_back(block); }
-void operator delete[](void* block, Align) noexcept { give_back(block); }
-void operator delete(void* block, Size, Align) noexcept { give_back(block); }
-void operator delete[](void* block, Size, Align) noexcept { give_back(block); }
 void operator delete(void* block, const NoThrow&) noexcept { give_back(block); }
 void operator delete[](void* block, const NoThrow&) noexcept { give_back(block); }
-void operator delete(void* block, Align, const NoThrow&) noexcept { give_back(block); }
-void operator delete[](void* block, Align, const NoThrow&) noexcept { give_back(block); }
 
 namespace norvane::testing {
 

@@ -1,5 +1,6 @@
 // Counts what a piece of code takes from operator new. Linking norvane_allocation_counter replaces
-// the operators in the whole program, in the library of C++ too.
+// the operators in the whole program, in the library of C++ too; those for types with an alignment
+// of their own stay as they are and are not counted.
 #pragma once
 
 #include <cstddef>

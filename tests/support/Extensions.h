@@ -47,11 +47,9 @@ struct DistributionPoint {
 struct IssuingDistributionPoint {
     std::vector<Bytes> full_name = {};
     std::vector<Attribute> relative_name = {};
-    bool only_user_certificates = false;
     bool only_ca_certificates = false;
     std::optional<Bits> only_some_reasons = {};
     bool indirect = false;
-    bool only_attribute_certificates = false;
 };
 [[nodiscard]] Bytes issuing_distribution_point(const IssuingDistributionPoint& point);
 

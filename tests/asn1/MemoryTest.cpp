@@ -1,0 +1,88 @@
+// What keeps a decoded structure alive, of which the address sanitizer is the judge, and how much
+// memory a decoding takes.
+#include "asn1/Decoded.h"
+#include "asn1/Material.h"
+#include "asn1/TreeText.h"
+#include "support/AllocationCounter.h"
+
+#include <memory>
+
+#include <gtest/gtest.h>
+
+namespace norvane::testing {
+namespace {
+
+TEST(Lifetime, StructuresAndShallowCopiesKeepTheirContext) {
+    // The lengths are rewritten, so that all the views lie in the memory of the context.
+    auto certificate =
+        std::make_unique<Decoded<ASN1T_Certificate>>(to_indefinite(full_certificate()));
+    auto list = std::make_unique<Decoded<ASN1T_CertificateList>>(to_indefinite(full_crl()));
+    const ASN1T_TBSCertificate tbs = certificate->value.tbsCertificate;
+    const ASN1T_TBSCertList tbs_list = list->value.tbsCertList;
+    ASN1T_Name issuer = certificate->value.tbsCertificate.issuer;
+    const std::string texts = tree_text(tbs) + tree_text(tbs_list);
+    issuer = list->value.tbsCertList.issuer;
+    certificate.reset();
+    list.reset();
+    EXPECT_EQ(tree_text(tbs) + tree_text(tbs_list), texts);
+    EXPECT_EQ(tree_text(issuer), tree_text(Decoded<ASN1T_Name>(varied_name()).value));
+}
+
+TEST(Lifetime, BuffersAreArmedAnewWhileFormerValuesLive) {
+    const Bytes first = to_indefinite(common_name("first"));
+    const Bytes second = to_indefinite(common_name("second"));
+    ASN1T_Name kept;
+    ASN1T_Name name;
+    CACMPT_ASN1BERDecodeBuffer buffer(first.data(), view(first).length);
+    ASSERT_EQ(ASN1C_Name(buffer, kept).DecodeFrom(buffer), 0);
+    buffer.setBuffer(second.data(), view(second).length);
+    ASSERT_EQ(ASN1C_Name(buffer, name).DecodeFrom(buffer), 0);
+    EXPECT_EQ(tree_text(kept), tree_text(Decoded<ASN1T_Name>(first).value));
+    EXPECT_EQ(tree_text(name), tree_text(Decoded<ASN1T_Name>(second).value));
+}
+
+template <class T>
+std::size_t allocations_of_decoding(const Bytes& bytes) {
+    ASN1BERDecodeBuffer buffer(bytes.data(), view(bytes).length);
+    T value;
+    const AllocationCounter counter;
+    EXPECT_EQ(ASN1C<T>(buffer, value).DecodeFrom(buffer), 0);
+    return counter.count();
+}
+
+TEST(Allocations, AreFewForACertificateAndNoneForAnEntry) {
+    EXPECT_LE(allocations_of_decoding<ASN1T_Certificate>(typical_certificate()), 20);
+    const Bytes large = large_crl(10000, Key::ec(0));
+    EXPECT_EQ(allocations_of_decoding<ASN1T_CertificateList>(large),
+              allocations_of_decoding<ASN1T_CertificateList>(large_crl(10, Key::ec(0))));
+    Decoded<ASN1T_CertificateList> list(large);
+    ASN1BEREncodeBuffer out;
+    const AllocationCounter counter;
+    int keys_compromised = 0;
+    for (const ASN1T_RevokedCertificate& entry : list.value.tbsCertList.revokedCertificates) {
+        for (const ASN1T_Extension& extension : entry.crlEntryExtensions) {
+            keys_compromised += std::get<ASN1T_CRLReason>(extension.value).value == 1 ? 1 : 0;
+        }
+    }
+    EXPECT_GT(ASN1C_TBSCertList(out, list.value.tbsCertList).EncodeTo(out), 490000);
+    EXPECT_EQ(counter.count(), 0);
+    EXPECT_EQ(keys_compromised, 2000);
+}
+
+TEST(Allocations, AreLinearForBadInput) {
+    // Names whose elements fail at first, later or all, with lengths as they should be or not.
+    for (const Bytes& part : {hex("31023000"), hex("3100"), hex("310430800000"),
+                              cat(rdn({{"2.5.4.3", null()}}), set(null()))}) {
+        for (const Bytes& front : {Bytes{}, hex("31020500"), hex("31800000")}) {
+            const Bytes bytes = sequence(front, std::vector<Bytes>(5000, part));
+            ASN1BERDecodeBuffer buffer(bytes.data(), view(bytes).length);
+            ASN1T_Name name;
+            const AllocationCounter counter;
+            static_cast<void>(ASN1C_Name(buffer, name).DecodeFrom(buffer));
+            EXPECT_LE(counter.bytes(), 100 * bytes.size() + 10000);
+        }
+    }
+}
+
+} // namespace
+} // namespace norvane::testing

@@ -92,10 +92,12 @@ TEST(RevokedCertificates, BadEntriesAreRefusedAmongGoodOnes) {
             Decoded<ASN1T_CertificateList> list(
                 list_of(cat(repeated(plain, 20), bad, repeated(plain, behind))));
             EXPECT_LT(list.status, 0);
-            const auto place = std::ranges::search(list.input, bad);
+            const auto place =
+                std::search(list.input.begin(), list.input.end(), bad.begin(), bad.end());
+            const auto end = place + static_cast<std::ptrdiff_t>(bad.size());
             const auto failed =
                 list.input.begin() + std::ptrdiff_t{list.buffer.getCtxt().failure.offset};
-            EXPECT_TRUE(failed >= place.begin() && failed <= place.end()) << list.error();
+            EXPECT_TRUE(failed >= place && failed <= end) << list.error();
         }
     }
 }

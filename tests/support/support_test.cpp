@@ -34,6 +34,11 @@ Bytes written(auto* object, auto encode) {
     return size > 0 ? Bytes(out, out + size) : Bytes();
 }
 
+bool contains(const Bytes& whole, const Bytes& part) {
+    return !part.empty() &&
+           std::search(whole.begin(), whole.end(), part.begin(), part.end()) != whole.end();
+}
+
 Bytes odd_name() {
     return sequence(
         rdn({{"2.5.4.6", printable("RU")}}),
@@ -124,8 +129,7 @@ TEST(Builders, WhatTheySignIsVerifiedAndWrittenAlikeByLibcrypto) {
         EXPECT_EQ(EVP_PKEY_eq(X509_get0_pubkey(certificate.get()), Key::ec(2).pair()), 1);
         EXPECT_EQ(X509_get_ext_count(certificate.get()), 2);
         // Encoded anew, not as libcrypto has kept it from reading.
-        const Bytes tbs = written(certificate.get(), i2d_re_X509_tbs);
-        EXPECT_FALSE(std::ranges::search(certificate_der, tbs).empty());
+        EXPECT_TRUE(contains(certificate_der, written(certificate.get(), i2d_re_X509_tbs)));
 
         const CrlEntry entry{.serial = {0x00, 0x80}, .extensions = {reason_code(1)}};
         const Bytes list_der = CrlBuilder{.entries = {entry}, .extensions = extensions}.sign(key);
@@ -133,8 +137,7 @@ TEST(Builders, WhatTheySignIsVerifiedAndWrittenAlikeByLibcrypto) {
         ASSERT_NE(list, nullptr);
         EXPECT_EQ(X509_CRL_verify(list.get(), key.pair()), 1);
         EXPECT_EQ(sk_X509_REVOKED_num(X509_CRL_get_REVOKED(list.get())), 1);
-        const Bytes tbs_list = written(list.get(), i2d_re_X509_CRL_tbs);
-        EXPECT_FALSE(std::ranges::search(list_der, tbs_list).empty());
+        EXPECT_TRUE(contains(list_der, written(list.get(), i2d_re_X509_CRL_tbs)));
     }
 }
 

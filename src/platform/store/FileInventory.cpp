@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <dirent.h>
+#include <memory>
 #include <sys/stat.h>
-#include <system_error>
+#include <utility>
 
 namespace norvane {
 namespace {
@@ -37,23 +39,41 @@ void add_file(fs::path path, const struct stat& status, FileInventory& files) {
                                             : faulty(std::move(path), EINVAL));
 }
 
-void add_folder(const fs::path& folder, FileInventory& files) {
-    std::error_code error;
-    std::vector<fs::path> paths;
-    for (fs::directory_iterator entry(folder, error), end; !error && entry != end;
-         entry.increment(error)) {
-        paths.push_back(entry->path());
+struct CloseFolder {
+    void operator()(DIR* folder) const noexcept { closedir(folder); }
+};
+
+/// Adds the names of what is in a folder. Returns an errno, or 0. The iterator of the standard
+/// library would end the program if there were no memory.
+int read_names(const fs::path& path, std::vector<std::string>& names) {
+    const std::unique_ptr<DIR, CloseFolder> folder(opendir(path.c_str()));
+    if (folder == nullptr) {
+        return errno;
     }
-    if (error) {
-        files.push_back(faulty(folder, error.value()));
+    for (;;) {
+        errno = 0;
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread reads through this stream
+        const dirent* const entry = readdir(folder.get());
+        if (entry == nullptr) {
+            return errno;
+        }
+        names.emplace_back(&entry->d_name[0]);
+    }
+}
+
+void add_folder(const fs::path& folder, FileInventory& files) {
+    std::vector<std::string> names;
+    if (const int error = read_names(folder, names); error != 0) {
+        files.push_back(faulty(folder, error));
         return;
     }
-    std::ranges::sort(paths);
-    for (fs::path& path : paths) {
-        struct stat status {};
-        if (path.filename().native().starts_with('.')) {
+    std::ranges::sort(names);
+    for (const std::string& name : names) {
+        if (name.starts_with('.')) {
             continue;
         }
+        fs::path path = folder / name;
+        struct stat status {};
         if (stat(path.c_str(), &status) != 0) {
             files.push_back(faulty(std::move(path), errno));
         } else if (!S_ISDIR(status.st_mode)) {

@@ -3,8 +3,6 @@
 #include "asn1/Decode.h"
 #include "platform/crypto/Provider.h"
 
-#include <limits>
-
 namespace norvane {
 
 /// Has `decode_fields(Reader&)` read bytes that must be one element. Whether they are; if not, what

@@ -2,7 +2,6 @@
 
 #include <norvane/wincrypt.h>
 
-#include <optional>
 #include <span>
 #include <string_view>
 

@@ -2,7 +2,6 @@
 
 #include "platform/crypto/Provider.h"
 
-#include <optional>
 #include <span>
 #include <string_view>
 

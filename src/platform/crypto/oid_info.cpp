@@ -3,7 +3,6 @@
 #include "platform/failure.h"
 
 #include <algorithm>
-#include <array>
 
 namespace {
 

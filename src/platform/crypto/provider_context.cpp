@@ -4,6 +4,7 @@
 #include "platform/crypto/OutputBuffer.h"
 
 #include <algorithm>
+#include <optional>
 #include <string>
 
 namespace {

@@ -3,7 +3,7 @@
 #include "platform/crypto/KeyCache.h"
 #include "platform/crypto/OidTable.h"
 
-#include <limits>
+#include <string_view>
 
 namespace {
 

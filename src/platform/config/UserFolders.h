@@ -4,7 +4,7 @@
 
 namespace norvane {
 
-/// The user's folders after the XDG base directory specification. Each is empty if it is not known,
+/// The user's folders as XDG base directories lay them down. Each is empty if it is not known,
 /// and all are in set-uid programs, in which the environment is not to be trusted.
 struct UserFolders {
     std::filesystem::path home;

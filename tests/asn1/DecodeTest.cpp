@@ -21,6 +21,8 @@ TEST(BadInput, ErrorTextsTellPlaceExpectationAndFinding) {
         // Lengths that have to be rewritten before anything can fail, or cannot be.
         {"3080 31820002 0500 0000",
          "Name.rdnSequence.attribute at offset 6: expected SEQUENCE, found NULL"},
+        {"3080 3180 3080 0000 0000 0000", "Name.rdnSequence.attribute.type at offset 6: expected "
+                                          "OBJECT IDENTIFIER, found the end of the data"},
         {"3080 0480 0000", "BER element at offset 3: expected a definite length, found an "
                            "indefinite one on a primitive element"},
         {"3080 3100 00", "BER element at offset 4: expected an element, found "

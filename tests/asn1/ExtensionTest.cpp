@@ -29,7 +29,9 @@ TEST(Extensions, WrongContentLeavesTheValueOutAndTheCertificateDecodes) {
         {"2.5.29.20", {integer(-1), integer_octets({}), hex("020101 00")}},
         {"2.5.29.28", {sequence(context(0, context(2))), sequence(hex("8201ff 8101ff"))}},
         {"2.5.29.31", {sequence(sequence(context(0, all_general_names())))}},
-        {"2.5.29.35", {sequence(hex("8200")), sequence(hex("820101 8001aa"))}},
+        {"2.5.29.35",
+         {sequence(hex("8200")), sequence(hex("820101 8001aa")),
+          sequence(context(1, context(4, common_name("A"), null())))}},
     };
     for (const auto& [type, wrong] : cases) {
         for (const Bytes& content : wrong) {

@@ -15,17 +15,22 @@ namespace {
 TEST(Lifetime, StructuresAndShallowCopiesKeepTheirContext) {
     // The lengths are rewritten, so that all the views lie in the memory of the context.
     auto certificate =
-        std::make_unique<Decoded<ASN1T_Certificate>>(to_indefinite(full_certificate()));
+        std::make_unique<Decoded<ASN1T_Certificate>>(to_indefinite(typical_certificate()));
     auto list = std::make_unique<Decoded<ASN1T_CertificateList>>(to_indefinite(full_crl()));
-    const ASN1T_TBSCertificate tbs = certificate->value.tbsCertificate;
-    const ASN1T_TBSCertList tbs_list = list->value.tbsCertList;
-    ASN1T_Name issuer = certificate->value.tbsCertificate.issuer;
-    const std::string texts = tree_text(tbs) + tree_text(tbs_list);
-    issuer = list->value.tbsCertList.issuer;
+    auto tbs = std::make_unique<ASN1T_TBSCertificate>(certificate->value.tbsCertificate);
+    auto tbs_list = std::make_unique<ASN1T_TBSCertList>(list->value.tbsCertList);
+    ASN1T_Name issuer = tbs->issuer;
+    const ASN1T_Name subject = tbs->subject;
+    issuer = tbs_list->issuer;
+    const std::string texts = tree_text(*tbs) + tree_text(*tbs_list);
+    const std::string subject_text = tree_text(subject);
     certificate.reset();
     list.reset();
-    EXPECT_EQ(tree_text(tbs) + tree_text(tbs_list), texts);
+    EXPECT_EQ(tree_text(*tbs) + tree_text(*tbs_list), texts);
+    tbs.reset();
+    tbs_list.reset();
     EXPECT_EQ(tree_text(issuer), tree_text(Decoded<ASN1T_Name>(varied_name()).value));
+    EXPECT_EQ(tree_text(subject), subject_text);
 }
 
 TEST(Lifetime, BuffersAreArmedAnewWhileFormerValuesLive) {
@@ -37,6 +42,7 @@ TEST(Lifetime, BuffersAreArmedAnewWhileFormerValuesLive) {
     ASSERT_EQ(ASN1C_Name(buffer, kept).DecodeFrom(buffer), 0);
     buffer.setBuffer(second.data(), view(second).length);
     ASSERT_EQ(ASN1C_Name(buffer, name).DecodeFrom(buffer), 0);
+    EXPECT_NE(name.context.get(), kept.context.get());
     EXPECT_EQ(tree_text(kept), tree_text(Decoded<ASN1T_Name>(first).value));
     EXPECT_EQ(tree_text(name), tree_text(Decoded<ASN1T_Name>(second).value));
 }

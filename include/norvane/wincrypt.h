@@ -28,6 +28,7 @@
 #include <norvane/platform/algorithm_ids.h>
 #include <norvane/platform/certificates.h>
 #include <norvane/platform/clock.h>
+#include <norvane/platform/configuration.h>
 #include <norvane/platform/encoding.h>
 #include <norvane/platform/error_codes.h>
 #include <norvane/platform/key_identifier.h>

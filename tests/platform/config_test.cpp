@@ -38,6 +38,7 @@ TEST(Configuration, TakesValuesOfEachKindUpToTheirLimits) {
                                      "hklm\\A b\\c = dword:0X1f\r\n"
                                      "HKEY_CURRENT_USER\\v=STRING: a=b ; # c\r\n"
                                      "\n  [ stores ]  \nroot = ~/x : $CONFIG:$CACHE/y\n"
+                                     "CA = /a\\:b\\\\ : /c\\d\n"
                                      "; comment\n  # comment = 1\n"
                                      "[retrieval]\ncache_size = 17179869183 G\n"
                                      "timeout = 4294967295ms");
@@ -45,6 +46,7 @@ TEST(Configuration, TakesValuesOfEachKindUpToTheirLimits) {
     EXPECT_EQ(c.registry.at("HKEY_LOCAL_MACHINE\\a B\\C"), RegistryValue(31U));
     EXPECT_EQ(c.registry.at("HKEY_CURRENT_USER\\v"), RegistryValue("a=b ; # c"));
     EXPECT_EQ(c.stores.at("Root"), (PathList{"/home/u/x", "/home/u/c", "/home/u/k/y"}));
+    EXPECT_EQ(c.stores.at("CA"), (PathList{"/a:b\\", "/c\\d"})) << "escaped separators";
     EXPECT_EQ(c.cache_size_bytes, std::uint64_t{0x3FFFFFFFF} << 30);
     EXPECT_EQ(c.retrieval_timeout, std::chrono::milliseconds{0xFFFFFFFF});
 }
@@ -55,7 +57,7 @@ TEST(Configuration, RefusesLinesAndValuesThatAreNotOfTheKind) {
         {"[retrieval]\ncache_size=", {"K", "-1", "1T", "17179869184G"}},
         {"[retrieval]\ntimeout=", {"15", "s", "4294968s", "4294967296ms"}},
         {"[retrieval]\ncache_folder=", {"relative", "~other/x", "$CONFIGURATION", "$HOME"}},
-        {"[stores]\nRoot=", {"x", "/a:", "/a::/b", "/a:b"}},
+        {"[stores]\nRoot=", {"x", "/a:", "/a::/b", "/a:b", "/a\\\\:b"}},
         {"[providers]\nmodules=", {"a/b.so", ".."}},
         {"[com]\n{00000000-0000-0000-0000-000000000000", {"}=", "}=../x.so", "=a.so", "0}=a.so"}},
         {"[registry]\nHKLM", {"=dword:1", "\\\\a=dword:1", "\\a\\=dword:1", "x\\a=dword:1"}},

@@ -39,17 +39,6 @@ const PathList* Configuration::store_paths(std::string_view name) const {
     return found != stores.end() ? &found->second : nullptr;
 }
 
-std::vector<ConfigurationFile> standard_configuration_files() {
-    std::vector<ConfigurationFile> files{{machine_file, FilePresence::optional}};
-    if (const auto folder = user_folders().config; !folder.empty()) {
-        files.push_back({folder / file_name, FilePresence::optional});
-    }
-    if (const char* named = trusted_environment(file_variable); named != nullptr && *named != 0) {
-        files.push_back({named, FilePresence::required});
-    }
-    return files;
-}
-
 Configuration load_configuration(std::span<const ConfigurationFile> files) {
     const UserFolders folders = user_folders();
     Configuration loaded = default_configuration(folders);
@@ -59,21 +48,93 @@ Configuration load_configuration(std::span<const ConfigurationFile> files) {
     return loaded;
 }
 
+namespace {
+
+/// What the process knows about its configuration, for all threads.
+struct Process {
+    struct Override {
+        const ConfigurationKey* row;
+        std::string key;
+        std::string value;
+    };
+    /// Null until it is loaded. Never destroyed: threads may outlive the destructors of the
+    /// process.
+    std::atomic<const Configuration*> loaded = nullptr;
+    std::mutex mutex; ///< For loading, and for what follows.
+    std::vector<Override> overrides;
+    std::filesystem::path named_file;
+};
+
+Process& process() {
+    static Process& only = *std::make_unique<Process>().release();
+    return only;
+}
+
+} // namespace
+
+std::vector<ConfigurationFile> standard_configuration_files(const std::filesystem::path& named) {
+    std::vector<ConfigurationFile> files{{machine_file, FilePresence::optional}};
+    if (const auto folder = user_folders().config; !folder.empty()) {
+        files.push_back({folder / file_name, FilePresence::optional});
+    }
+    const char* const variable = trusted_environment(file_variable);
+    if (!named.empty()) {
+        files.push_back({named, FilePresence::required});
+    } else if (variable != nullptr && *variable != 0) {
+        files.push_back({variable, FilePresence::required});
+    }
+    return files;
+}
+
+Steering override_configuration(std::string_view section, std::string_view key,
+                                std::string_view value) {
+    const ConfigurationKey* const row = find_configuration_key(section, key);
+    if (row == nullptr) {
+        return Steering::no_such_key;
+    }
+    Configuration scratch;
+    switch (row->assign(scratch, key, value, user_folders())) {
+    case Assignment::done:
+        break;
+    case Assignment::bad_name:
+        return Steering::no_such_key;
+    case Assignment::bad_value:
+        return Steering::bad_value;
+    }
+    Process& own = process();
+    const std::lock_guard lock(own.mutex);
+    if (own.loaded.load(std::memory_order_relaxed) != nullptr) {
+        return Steering::too_late;
+    }
+    own.overrides.push_back({row, std::string(key), std::string(value)});
+    return Steering::done;
+}
+
+Steering name_configuration_file(std::filesystem::path path) {
+    Process& own = process();
+    const std::lock_guard lock(own.mutex);
+    if (own.loaded.load(std::memory_order_relaxed) != nullptr) {
+        return Steering::too_late;
+    }
+    own.named_file = std::move(path);
+    return Steering::done;
+}
+
 const Configuration& configuration() {
-    static constinit std::atomic<const Configuration*> loaded{nullptr};
-    static constinit std::mutex loading;
-    if (const Configuration* present = loaded.load(std::memory_order_acquire)) {
+    Process& own = process();
+    if (const Configuration* present = own.loaded.load(std::memory_order_acquire)) {
         return *present;
     }
-    const std::lock_guard lock(loading);
-    if (loaded.load(std::memory_order_relaxed) == nullptr) {
-        // Never destroyed: threads may outlive the destructors of the process.
-        loaded.store(
-            std::make_unique<Configuration>(load_configuration(standard_configuration_files()))
-                .release(),
-            std::memory_order_release);
+    const std::lock_guard lock(own.mutex);
+    if (own.loaded.load(std::memory_order_relaxed) == nullptr) {
+        auto made = std::make_unique<Configuration>(
+            load_configuration(standard_configuration_files(own.named_file)));
+        for (const Process::Override& each : own.overrides) {
+            static_cast<void>(each.row->assign(*made, each.key, each.value, user_folders()));
+        }
+        own.loaded.store(made.release(), std::memory_order_release);
     }
-    return *loaded.load(std::memory_order_relaxed);
+    return *own.loaded.load(std::memory_order_relaxed);
 }
 
 } // namespace norvane

@@ -72,16 +72,29 @@ struct ConfigurationFile {
 };
 
 /// The files of this process, those that override others last: the machine's, the user's, and the
-/// one named by NORVANE_CONFIG. In set-uid programs the environment is not to be trusted, and there
-/// is the machine's only.
-[[nodiscard]] std::vector<ConfigurationFile> standard_configuration_files();
+/// one that the program has `named` or else NORVANE_CONFIG names. In set-uid programs the
+/// environment is not to be trusted, and only the machine's and the program's remain.
+[[nodiscard]] std::vector<ConfigurationFile>
+standard_configuration_files(const std::filesystem::path& named = {});
 
 /// Reads files, of which later ones override earlier ones key by key. What cannot be followed
 /// becomes a problem and leaves in force what an earlier file or the default says. Throws
 /// std::bad_alloc and nothing else.
 [[nodiscard]] Configuration load_configuration(std::span<const ConfigurationFile> files);
 
-/// The configuration of this process, from the standard files. It is loaded at the first call, by
+enum class Steering : std::uint8_t { done, too_late, no_such_key, bad_value };
+
+// What a program lays down for its process before the configuration is loaded; afterwards it is too
+// late. Each throws std::bad_alloc and nothing else.
+
+/// A key over what all files say, as one line of a file would give it.
+[[nodiscard]] Steering override_configuration(std::string_view section, std::string_view key,
+                                              std::string_view value);
+/// The file in the place of the one that NORVANE_CONFIG names.
+[[nodiscard]] Steering name_configuration_file(std::filesystem::path path);
+
+/// The configuration of this process, from the standard files and what the program laid down. It is
+/// loaded at the first call, by
 /// one thread, and stays the same and in its place from then on. Throws std::bad_alloc if there is
 /// no memory to load it; the next call tries again.
 [[nodiscard]] const Configuration& configuration();

@@ -11,6 +11,7 @@ namespace norvane {
 namespace {
 
 constexpr char list_separator = ':';
+constexpr char list_escape = '\\';
 constexpr std::string_view known_schemes[] = {"http", "https", "ldap", "ldaps"};
 
 struct SizeUnit {
@@ -55,22 +56,42 @@ bool take_prefix_ignoring_case(std::string_view& text, std::string_view prefix) 
     return found;
 }
 
+struct ListElement {
+    std::string text;
+    bool more; ///< whether a separator stands behind it
+};
+
+/// Takes the text up to the next separator off `text`. A separator that belongs to a path has a
+/// backslash before it, and so has a backslash.
+ListElement take_element(std::string_view& text) {
+    ListElement element{};
+    while (!text.empty() && !element.more) {
+        const bool escape = text.front() == list_escape && text.size() > 1 &&
+                            (text[1] == list_separator || text[1] == list_escape);
+        text.remove_prefix(escape ? 1 : 0);
+        element.more = !escape && text.front() == list_separator;
+        if (!element.more) {
+            element.text += text.front();
+        }
+        text.remove_prefix(1);
+    }
+    return element;
+}
+
 template <class ParseElement>
 std::optional<PathList> parse_list(std::string_view text, const UserFolders& folders,
                                    ParseElement parse_element) {
     PathList list;
     for (bool more = !text.empty(); more;) {
-        const std::size_t end = text.find(list_separator);
-        const std::string_view element = trim(text.substr(0, end));
-        ParsedPath path = parse_element(element, folders);
-        if (element.empty() || !path) {
+        const ListElement next = take_element(text);
+        ParsedPath path = parse_element(trim(next.text), folders);
+        if (trim(next.text).empty() || !path) {
             return std::nullopt;
         }
         if (!path->empty()) {
             list.push_back(std::move(*path));
         }
-        more = end != text.npos;
-        text.remove_prefix(more ? end + 1 : text.size());
+        more = next.more;
     }
     return list;
 }

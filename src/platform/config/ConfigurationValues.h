@@ -39,7 +39,7 @@ using ParsedPath = std::optional<std::filesystem::path>;
 /// folders of this product. An empty text, or a folder of a user that is not known, gives the empty
 /// path.
 [[nodiscard]] ParsedPath parse_path(std::string_view text, const UserFolders& folders);
-/// As above, without the empty ones.
+/// As above, without the empty ones. "\:" is a colon within a path and "\\" a backslash.
 [[nodiscard]] std::optional<PathList> parse_paths(std::string_view text,
                                                   const UserFolders& folders);
 [[nodiscard]] ParsedPath parse_module(std::string_view text, const UserFolders& folders);

@@ -11,6 +11,15 @@ void rtFreeContext(ASN1CTXT& ctxt) {
     ctxt.memory.release();
     ctxt.failure = {};
     ctxt.unread = {};
+    ctxt.flags = 0;
+}
+
+void rtCtxtSetFlag(ASN1CTXT& ctxt, ASN1Flag flag) {
+    ctxt.flags |= static_cast<std::uint32_t>(flag);
+}
+
+bool rtCtxtTestFlag(const ASN1CTXT& ctxt, ASN1Flag flag) {
+    return (ctxt.flags & static_cast<std::uint32_t>(flag)) != 0;
 }
 
 void* rtMemHeapAlloc(ASN1CTXT& ctxt, std::size_t size) { return ctxt.memory.allocate(size); }

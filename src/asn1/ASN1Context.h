@@ -41,7 +41,14 @@ struct ASN1Failure {
 struct ASN1CTXT {
     Arena memory;
     ASN1Failure failure;
-    ByteView unread; ///< What the xd_ functions have still to read.
+    ByteView unread;         ///< What the xd_ functions have still to read.
+    std::uint32_t flags = 0; ///< Of enum ASN1Flag.
+};
+
+/// How a context encodes.
+enum class ASN1Flag : std::uint32_t {
+    open_type = 128, ///< A part of some other text: no XML declaration in front.
+    canonical = 512, ///< No white space between elements (X.693 9).
 };
 
 /// An ASN1CTXT shared by counting: a message buffer holds one reference, and so does every decoded
@@ -109,8 +116,12 @@ class ASN1ContextPtr {
 /// with the object.
 [[nodiscard]] int rtInitContext(ASN1CTXT& ctxt);
 
-/// Frees all memory of the context and forgets its last failure.
+/// Frees all memory of the context and forgets its flags and its last failure.
 void rtFreeContext(ASN1CTXT& ctxt);
+
+/// Sets a flag of the context. It stays set until rtFreeContext.
+void rtCtxtSetFlag(ASN1CTXT& ctxt, ASN1Flag flag);
+[[nodiscard]] bool rtCtxtTestFlag(const ASN1CTXT& ctxt, ASN1Flag flag);
 
 /// `size` bytes that live as long as the context. Throws std::bad_alloc.
 [[nodiscard]] void* rtMemHeapAlloc(ASN1CTXT& ctxt, std::size_t size);

@@ -60,6 +60,9 @@ class ASN1C {
     [[nodiscard]] ASN1MessageBuffer& buffer() const { return buffer_; }
     [[nodiscard]] const T& value() const { return value_; }
 
+  protected:
+    [[nodiscard]] T& bound_value() const { return value_; }
+
   private:
     ASN1MessageBuffer& buffer_;
     T& value_;

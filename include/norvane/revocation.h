@@ -1,0 +1,122 @@
+#pragma once
+
+#include <norvane/wincrypt.h>
+
+/// The exports of the module norvane_revocation, for C11 and C++20, under the plain names by which
+/// they are looked up: norvane_revocation.so in folder "norvane" beside libnorvane_platform.so, or
+/// norvane_revocation.dll. A program may load the module (dlopen, LoadLibrary) or, on Linux, be
+/// linked with the file itself.
+///
+/// What holds for every one of them:
+///  - No exception leaves it. A failure is told by FALSE and the calling thread's `GetLastError`.
+///  - It may be called from any thread at any time.
+///  - Pointers must not be null, unless the function's own text gives null a meaning. Input is read
+///    only during the call.
+///  - Memory handed out is released with `LocalFree`.
+
+#ifdef _WIN32
+#define NORVANE_MODULE_API
+#else
+#define NORVANE_MODULE_API __attribute__((visibility("default")))
+#endif
+
+#ifdef __cplusplus
+#define NORVANE_MODULE_NOEXCEPT noexcept
+extern "C" {
+#else
+#define NORVANE_MODULE_NOEXCEPT
+#endif
+
+/// Turns the blob of a GOST R 34.10-94 public key into text: one text for the key, one for its
+/// parameters.
+///
+/// The blob, all numbers little-endian:
+///
+///     offset  octets
+///     0       1       type, 6
+///     1       1       version, 0x20
+///     2       2       1
+///     4       4       ALG_ID of the key
+///     8       4       "MAG1"
+///     12      4       length of the key in bits, a multiple of 8
+///     16      n       GostR3410-94-PublicKeyParameters (RFC 4491 2.3.1) in BER, one element
+///     16 + n          the key
+///
+/// Of the first sixteen octets the length of the key alone is read. What follows the key is
+/// ignored.
+///
+/// The text of the key is an element GostR3410_94_PublicKeyOctetString. It holds the key in Base64
+/// (RFC 4648 4), in lines of 64 characters that each end in a line feed:
+///
+///     <GostR3410_94_PublicKeyOctetString>QUJD
+///     </GostR3410_94_PublicKeyOctetString>
+///
+/// The text of the parameters is their encoding in canonical XER (X.693 9), all on one line:
+///
+///     <GostR3410-94-PublicKeyParameters><publicKeyParamSet>1.2.643.2.2.32.2</publicKeyParamSet>
+///     <digestParamSet>1.2.643.2.2.30.1</digestParamSet></GostR3410-94-PublicKeyParameters>
+///
+/// An element encryptionParamSet follows where the parameters have that field.
+///
+/// @param dwCertEncodingType ignored.
+/// @param pszPublicKeyObjId ignored; may be null.
+/// @param pbPubKeyBlob the blob; may be null if `cbPubKeyBlob` is 0.
+/// @param cbPubKeyBlob its length in bytes.
+/// @param dwFlags ignored.
+/// @param pvAuxInfo ignored; may be null.
+/// @param ppbKeyText receives the text of the key, in ASCII, with a terminating zero. The caller
+///     releases it. Null on failure.
+/// @param pcbKeyText receives the length of that text in bytes without the terminating zero. On
+///     failure it is either untouched or the room that was made for the text, three bytes for each
+///     of the key and 70.
+/// @param ppbParametersText receives the text of the parameters, in ASCII, WITHOUT a terminating
+///     zero. The caller releases it, ON FAILURE TOO: a failure that comes after this text was made
+///     leaves it here, and any earlier one leaves null.
+/// @param pcbParametersText receives the length of that text in bytes. Untouched where the text is
+///     null.
+/// @return FALSE on failure, with the last error
+///     `CRYPT_E_ASN1_ERROR` (there are no parameters at offset 16, or no proper ones, or one of
+///     their identifiers has an arc beyond 32 bits),
+///     `ERROR_BAD_ARGUMENTS` (the key is empty, or longer than what is left of the blob), or
+///     `ERROR_NOT_ENOUGH_MEMORY`.
+NORVANE_MODULE_API BOOL WINAPI NorvaneXEREncodePublicKeyAndParameters(
+    DWORD dwCertEncodingType, LPCSTR pszPublicKeyObjId, const BYTE* pbPubKeyBlob,
+    DWORD cbPubKeyBlob, DWORD dwFlags, void* pvAuxInfo, BYTE** ppbKeyText, DWORD* pcbKeyText,
+    BYTE** ppbParametersText, DWORD* pcbParametersText) NORVANE_MODULE_NOEXCEPT;
+
+/// Turns the texts of a GOST R 34.10-94 public key and of its parameters back into a blob, as told
+/// at `NorvaneXEREncodePublicKeyAndParameters`.
+///
+/// The text of the key must be the element and nothing else, not so much as a line feed behind it.
+/// Inside it white space is skipped, and lines may have up to 79 characters.
+///
+/// The text of the parameters may have an XML declaration, and white space around elements. It has
+/// no attributes, comments, references or other things of XML, and at most 65,536 bytes.
+/// Identifiers are dotted decimal text without leading zeros, with arcs of 32 bits.
+///
+/// @param dwCertEncodingType ignored.
+/// @param pInfo `PublicKey` holds the text of the key (its unused bits are ignored),
+///     `Algorithm.Parameters` the text of the parameters, both without a terminating zero, and
+///     `Algorithm.pszObjId` the identifier of the key's algorithm, whose `Algid` among the
+///     platform's public key algorithms goes into the blob.
+/// @param aiKeyAlg ignored; it has no influence on the blob.
+/// @param dwFlags ignored.
+/// @param ppbPubKey receives the blob, which the caller releases. Null only asks for its size.
+///     Untouched on failure.
+/// @param pcbPubKey receives the size of the blob in bytes; what it was before is not read.
+///     Untouched on failure.
+/// @return FALSE on failure, with the last error
+///     as `CryptFindOIDInfo` set it (the algorithm is not known: `CRYPT_E_NOT_FOUND`),
+///     `CRYPT_E_ASN1_ERROR` (the text of the parameters),
+///     `CRYPT_E_BAD_ENCODE` (the text of the key is not Base64),
+///     `CRYPT_E_BAD_LEN` (the key has 2^29 bytes or more), or
+///     `ERROR_NOT_ENOUGH_MEMORY`; if the tags around the key are wrong, or there is nothing
+///     between them, the last error is the one from before the call, and if the Base64 text gives
+///     no byte it is `ERROR_SUCCESS`.
+NORVANE_MODULE_API BOOL WINAPI NorvaneXERConvertPublicKeyInfo(
+    DWORD dwCertEncodingType, PCERT_PUBLIC_KEY_INFO pInfo, ALG_ID aiKeyAlg, DWORD dwFlags,
+    BYTE** ppbPubKey, DWORD* pcbPubKey) NORVANE_MODULE_NOEXCEPT;
+
+#ifdef __cplusplus
+}
+#endif

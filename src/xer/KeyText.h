@@ -18,9 +18,6 @@ inline constexpr std::string_view key_element = "GostR3410_94_PublicKeyOctetStri
 inline constexpr std::uint32_t opening_tag_length = key_element.size() + 2;
 inline constexpr std::uint32_t closing_tag_length = key_element.size() + 3;
 
-/// More bytes than this have no length in bits that fits 32 bits.
-inline constexpr std::uint32_t max_key_size = 0xFFFFFFFF / 8;
-
 /// What is told to be the room for the text of a key of `key_size` bytes, max_key_size at most,
 /// with a terminating zero. The text of a key of one or two bytes needs more than that.
 [[nodiscard]] constexpr std::uint32_t stated_key_text_size(std::uint32_t key_size) {

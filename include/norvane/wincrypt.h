@@ -17,6 +17,10 @@
 
 #ifdef _WIN32
 
+// CERT_REVOCATION_PARA with all of its fields; <windows.h> includes <wincrypt.h> itself.
+#ifndef CERT_REVOCATION_PARA_HAS_EXTRA_FIELDS
+#define CERT_REVOCATION_PARA_HAS_EXTRA_FIELDS
+#endif
 #include <windows.h>
 
 #include <wincrypt.h>
@@ -34,9 +38,11 @@
 #include <norvane/platform/key_identifier.h>
 #include <norvane/platform/last_error.h>
 #include <norvane/platform/local_memory.h>
+#include <norvane/platform/modules.h>
 #include <norvane/platform/oid_info.h>
 #include <norvane/platform/providers.h>
 #include <norvane/platform/registry.h>
+#include <norvane/platform/revocation.h>
 #include <norvane/platform/stores.h>
 #include <norvane/platform/text.h>
 #include <norvane/platform/thread_storage.h>

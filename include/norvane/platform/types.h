@@ -24,6 +24,7 @@ typedef int BOOL;
 typedef char CHAR;
 typedef char16_t WCHAR;
 
+typedef void* PVOID;
 typedef void* LPVOID;
 typedef const void* LPCVOID;
 typedef BYTE* LPBYTE;

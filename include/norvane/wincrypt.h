@@ -42,6 +42,7 @@
 #include <norvane/platform/oid_info.h>
 #include <norvane/platform/providers.h>
 #include <norvane/platform/registry.h>
+#include <norvane/platform/retrieval.h>
 #include <norvane/platform/revocation.h>
 #include <norvane/platform/stores.h>
 #include <norvane/platform/text.h>

@@ -46,7 +46,7 @@ struct Configuration {
     /// Libraries of the revocation modules in the order of asking, named as components are.
     PathList revocation_modules;
 
-    std::filesystem::path cache_folder; ///< empty: retrieved objects are not kept on disk
+    std::filesystem::path cache_folder; ///< empty: retrieved objects are not kept
     std::uint64_t cache_size_bytes = 0;
     std::uint64_t response_limit_bytes = 0;
     std::uint32_t max_redirects = 0;

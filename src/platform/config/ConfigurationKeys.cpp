@@ -60,7 +60,7 @@ constexpr ConfigurationKey keys[] = {
      enter_store},
 
     {"retrieval", "cache_folder", value_kind::path, "$CACHE",
-     "Where retrieved objects are kept; none keeps them in memory only.",
+     "Where retrieved objects are kept; none keeps nothing.",
      set<parse_path, &Configuration::cache_folder>},
     {"retrieval", "cache_size", value_kind::size, "1G",
      "What the cache folder may hold in all.",

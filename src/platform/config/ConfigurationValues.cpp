@@ -12,7 +12,7 @@ namespace {
 
 constexpr char list_separator = ':';
 constexpr char list_escape = '\\';
-constexpr std::string_view known_schemes[] = {"http", "https", "ldap", "ldaps"};
+constexpr std::string_view known_schemes[] = {"http", "https", "ldap", "ldaps", "file"};
 
 struct SizeUnit {
     std::string_view suffix;

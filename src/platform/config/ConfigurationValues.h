@@ -21,7 +21,7 @@ inline constexpr std::string_view paths = "absolute paths with colons between th
 inline constexpr std::string_view module = "an absolute path or a bare file name";
 inline constexpr std::string_view modules =
     "absolute paths or bare file names, with colons between them";
-inline constexpr std::string_view schemes = "words out of http, https, ldap and ldaps";
+inline constexpr std::string_view schemes = "words out of http, https, ldap, ldaps and file";
 inline constexpr std::string_view text = "a text";
 inline constexpr std::string_view registry_value = "dword: with a number, or string: with a text";
 } // namespace value_kind

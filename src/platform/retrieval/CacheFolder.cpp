@@ -1,0 +1,144 @@
+#include "platform/retrieval/CacheFolder.h"
+
+#include "platform/config/Configuration.h"
+#include "platform/config/UserFolders.h"
+#include "platform/retrieval/CacheSweep.h"
+#include "platform/retrieval/Descriptor.h"
+
+#include <array>
+#include <cerrno>
+#include <ctime>
+#include <fcntl.h>
+#include <span>
+#include <sys/random.h>
+#include <unistd.h>
+
+namespace norvane {
+namespace {
+
+constexpr mode_t folder_mode = 0700;
+constexpr mode_t file_mode = 0600;
+/// The times of use are kept no finer than this, so that a file in use is not touched all the time.
+constexpr std::int64_t use_interval_seconds = 3600;
+
+/// Makes the folder and those above it that are missing.
+void make_folders(const std::filesystem::path& path) {
+    if (mkdir(path.c_str(), folder_mode) != 0 && errno == ENOENT && path.has_parent_path()) {
+        make_folders(path.parent_path());
+        static_cast<void>(mkdir(path.c_str(), folder_mode));
+    }
+}
+
+bool write_all(int file, std::span<const std::uint8_t> bytes) {
+    while (!bytes.empty()) {
+        const ssize_t count = ::write(file, bytes.data(), bytes.size());
+        if (count < 0 && errno != EINTR) {
+            return false;
+        }
+        bytes = bytes.subspan(count < 0 ? 0 : static_cast<std::size_t>(count));
+    }
+    return true;
+}
+
+bool write_all(int file, std::string_view text) {
+    return write_all(file, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+}
+
+bool write_entry(int file, const CacheEntry& entry) {
+    if (!write_all(file, encode_cache_header(entry))) {
+        return false;
+    }
+    for (const ByteView part : entry.parts) {
+        if (!write_all(file, encoded_length(part.length)) ||
+            !write_all(file, {part.data, part.length})) {
+            return false;
+        }
+    }
+    // The time of the kernel moves in steps; two files of one inode must differ in it.
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    const std::array<timespec, 2> times{now, now};
+    return futimens(file, times.data()) == 0 && fsync(file) == 0;
+}
+
+/// A name beside `name` that nobody else uses.
+std::string temporary_name(std::string_view name) {
+    std::uint64_t number = 0;
+    while (getrandom(&number, sizeof number, 0) != sizeof number) {
+    }
+    return temporary_cache_file_name(name, number);
+}
+
+} // namespace
+
+FileIdentity identity_of(const struct stat& status) noexcept {
+    constexpr std::int64_t ns_per_second = 1'000'000'000;
+    return {.device = status.st_dev,
+            .inode = status.st_ino,
+            .size = static_cast<std::uint64_t>(status.st_size),
+            .modified_ns = status.st_mtim.tv_sec * ns_per_second + status.st_mtim.tv_nsec};
+}
+
+const CacheFolder& CacheFolder::instance() {
+    static const CacheFolder folder = [] {
+        const char* const path = trusted_environment("NORVANE_CACHE_DIR");
+        const bool absolute = path != nullptr && *path == '/';
+        return CacheFolder(absolute ? path : configuration().cache_folder,
+                           configuration().cache_size_bytes);
+    }();
+    return folder;
+}
+
+std::string CacheFolder::path_of(std::string_view name) const {
+    return path_.empty() ? std::string() : (path_ / name).string();
+}
+
+bool CacheFolder::is_usable() const {
+    struct stat status {};
+    return !path_.empty() && lstat(path_.c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
+           is_private(status);
+}
+
+std::optional<FileIdentity> CacheFolder::write(std::string_view name,
+                                               const CacheEntry& entry) const {
+    if (path_.empty()) {
+        return std::nullopt;
+    }
+    make_folders(path_);
+    if (!is_usable()) {
+        return std::nullopt;
+    }
+    const Descriptor folder(open(path_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const std::string target(name);
+    const std::string temporary = temporary_name(name);
+    struct stat status {};
+    {
+        const Descriptor file(openat(folder.number(), temporary.c_str(),
+                                     O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW,
+                                     file_mode));
+        if (file.number() < 0) {
+            return std::nullopt;
+        }
+        if (!write_entry(file.number(), entry) || fstat(file.number(), &status) != 0 ||
+            static_cast<std::uint64_t>(status.st_size) > size_limit_ ||
+            renameat(folder.number(), temporary.c_str(), folder.number(), target.c_str()) != 0) {
+            unlinkat(folder.number(), temporary.c_str(), 0);
+            return std::nullopt;
+        }
+    }
+    static_cast<void>(fsync(folder.number()));
+    sweep_cache(folder.number(), size_limit_, target);
+    return identity_of(status);
+}
+
+void CacheFolder::note_use(const std::string& path, const struct stat& status) noexcept {
+    if (std::time(nullptr) - status.st_atim.tv_sec < use_interval_seconds) {
+        return;
+    }
+    std::array<timespec, 2> times{};
+    times[0].tv_nsec = UTIME_NOW;
+    times[1].tv_nsec = UTIME_OMIT;
+    static_cast<void>(utimensat(AT_FDCWD, path.c_str(), times.data(), AT_SYMLINK_NOFOLLOW));
+}
+
+} // namespace norvane

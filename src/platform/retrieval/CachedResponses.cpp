@@ -1,0 +1,157 @@
+#include "platform/retrieval/CachedResponses.h"
+
+#include "platform/retrieval/Descriptor.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/mman.h>
+
+namespace norvane {
+namespace {
+
+/// How much is read between two looks for responses whose files have gone.
+constexpr std::uint64_t growth_between_drops = 64ULL << 20;
+/// What a response counts beside its bytes, so that many small ones lead to a look too.
+constexpr std::uint64_t response_overhead = 64ULL << 10;
+
+/// A file in memory as it was when it was opened.
+class MappedFile {
+  public:
+    /// A regular file of this user's, and not empty; else nothing is mapped.
+    explicit MappedFile(const char* path) {
+        const Descriptor file(
+            open(path, O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY));
+        struct stat status {};
+        if (file.number() < 0 || fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode) ||
+            !is_private(status) || status.st_size <= 0) {
+            return;
+        }
+        const auto size = static_cast<std::size_t>(status.st_size);
+        void* const mapped = mmap(nullptr, size, PROT_READ, MAP_PRIVATE, file.number(), 0);
+        if (mapped != MAP_FAILED) {
+            bytes_ = {static_cast<const std::uint8_t*>(mapped), size};
+            identity_ = identity_of(status);
+        }
+    }
+    MappedFile(const MappedFile&) = delete;
+    MappedFile& operator=(const MappedFile&) = delete;
+    ~MappedFile() {
+        if (!bytes_.empty()) {
+            munmap(const_cast<std::uint8_t*>(bytes_.data()), bytes_.size());
+        }
+    }
+
+    [[nodiscard]] std::span<const std::uint8_t> bytes() const { return bytes_; }
+    [[nodiscard]] const FileIdentity& identity() const { return identity_; }
+
+  private:
+    std::span<const std::uint8_t> bytes_;
+    FileIdentity identity_;
+};
+
+/// Null if the file is none of the cache's, or of another URL.
+ResponsePtr read_response(const MappedFile& file, ObjectKind kind, std::string_view url) {
+    auto entry = decode_cache_entry(file.bytes());
+    if (!entry || entry->kind != kind || entry->url != url) {
+        return nullptr;
+    }
+    auto objects = read_objects_of(kind, entry->parts);
+    if (!objects) {
+        return nullptr;
+    }
+    return std::make_shared<const Response>(Response{.objects = std::move(objects),
+                                                     .validators = std::move(entry->validators),
+                                                     .marks = std::move(entry->marks),
+                                                     .content_digest = entry->content_digest});
+}
+
+} // namespace
+
+CachedResponses& CachedResponses::instance() {
+    // Never destroyed: a retrieval may still be on its way when static objects are.
+    static auto* const responses = new CachedResponses;
+    return *responses;
+}
+
+ResponsePtr CachedResponses::find(ObjectKind kind, std::string_view url) {
+    const CacheFolder& folder = CacheFolder::instance();
+    const std::string name = cache_file_name(kind, url);
+    const std::string path = folder.path_of(name);
+    struct stat status {};
+    if (path.empty() || lstat(path.c_str(), &status) != 0) {
+        forget(name);
+        return nullptr;
+    }
+    const std::shared_ptr<Slot> known = slot(name);
+    ResponsePtr response;
+    std::uint64_t growth = 0;
+    {
+        const std::lock_guard lock(known->mutex);
+        if (known->identity != identity_of(status)) {
+            known->response = nullptr;
+            known->identity = {};
+            if (const MappedFile file(path.c_str()); !file.bytes().empty() && folder.is_usable()) {
+                known->response = read_response(file, kind, url);
+                known->identity = file.identity();
+                growth = known->identity.size + response_overhead;
+            }
+        }
+        response = known->response;
+    }
+    if (growth != 0) {
+        note_growth(growth);
+    }
+    if (response != nullptr) {
+        CacheFolder::note_use(path, status);
+    }
+    return response;
+}
+
+void CachedResponses::keep(const CacheEntry& entry, ResponsePtr response) {
+    const std::string name = cache_file_name(entry.kind, entry.url);
+    const auto identity = CacheFolder::instance().write(name, entry);
+    if (!identity) {
+        return;
+    }
+    const std::shared_ptr<Slot> known = slot(name);
+    {
+        const std::lock_guard lock(known->mutex);
+        known->identity = *identity;
+        known->response = std::move(response);
+    }
+    note_growth(identity->size + response_overhead);
+}
+
+std::shared_ptr<CachedResponses::Slot> CachedResponses::slot(const std::string& name) {
+    const std::lock_guard lock(mutex_);
+    std::shared_ptr<Slot>& known = slots_[name];
+    if (known == nullptr) {
+        known = std::make_shared<Slot>();
+    }
+    return known;
+}
+
+void CachedResponses::forget(const std::string& name) {
+    const std::lock_guard lock(mutex_);
+    slots_.erase(name);
+}
+
+/// From time to time drops the responses whose files have gone or changed, since nobody may ever
+/// ask for them again.
+void CachedResponses::note_growth(std::uint64_t size) {
+    const std::lock_guard lock(mutex_);
+    growth_bytes_ += size;
+    if (growth_bytes_ < growth_between_drops) {
+        return;
+    }
+    growth_bytes_ = 0;
+    std::erase_if(slots_, [](const auto& item) {
+        const std::unique_lock busy(item.second->mutex, std::try_to_lock);
+        struct stat status {};
+        const std::string path = CacheFolder::instance().path_of(item.first);
+        return busy.owns_lock() &&
+               (lstat(path.c_str(), &status) != 0 || identity_of(status) != item.second->identity);
+    });
+}
+
+} // namespace norvane

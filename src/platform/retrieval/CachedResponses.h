@@ -1,0 +1,46 @@
+#pragma once
+
+#include "platform/retrieval/CacheFolder.h"
+#include "platform/retrieval/Response.h"
+
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+
+namespace norvane {
+
+using ResponsePtr = std::shared_ptr<const Response>;
+
+/// The responses of the cache folder, each read and checked once in this process for as long as its
+/// file does not change.
+class CachedResponses {
+  public:
+    [[nodiscard]] static CachedResponses& instance();
+
+    /// The response that is cached for a URL; null if there is none. Throws std::bad_alloc.
+    [[nodiscard]] ResponsePtr find(ObjectKind kind, std::string_view url);
+
+    /// Puts a response, with the bytes that it was read from, into the cache if that is possible.
+    /// Throws std::bad_alloc.
+    void keep(const CacheEntry& entry, ResponsePtr response);
+
+  private:
+    struct Slot {
+        std::mutex mutex;
+        FileIdentity identity;
+        ResponsePtr response;
+    };
+
+    [[nodiscard]] std::shared_ptr<Slot> slot(const std::string& name);
+    void forget(const std::string& name);
+    void note_growth(std::uint64_t size);
+
+    std::mutex mutex_; ///< Held for a moment, or for the drop of what has no file any more.
+    std::unordered_map<std::string, std::shared_ptr<Slot>> slots_;
+    std::uint64_t growth_bytes_ = 0; ///< since the last drop
+};
+
+} // namespace norvane

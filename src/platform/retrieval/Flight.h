@@ -1,0 +1,25 @@
+#pragma once
+
+#include "platform/retrieval/CachedResponses.h"
+#include "platform/retrieval/Deadline.h"
+
+#include <functional>
+#include <string>
+
+namespace norvane {
+
+/// How a retrieval ended.
+struct RetrievalOutcome {
+    DWORD error = ERROR_SUCCESS; ///< the last error, if there is no response
+    ResponsePtr response;
+};
+
+/// Carries `retrieve` out in a thread of its own, and waits for its outcome until `end`. Those who
+/// come with the same key before it is over wait for the same outcome, each until its own end; the
+/// deadline that `retrieve` is given is the latest of them. One that does not keep to it is left
+/// alone: the next caller starts another. Throws std::bad_alloc.
+[[nodiscard]] RetrievalOutcome
+share_flight(const std::string& key, Deadline::Clock::time_point end,
+             std::function<RetrievalOutcome(const Deadline&)> retrieve);
+
+} // namespace norvane

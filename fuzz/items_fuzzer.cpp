@@ -300,11 +300,14 @@ class Subject {
         }
     }
 
+    /// Of extensions that were read before, so that this reads nothing for the first time.
     void check_raw_values() const {
         if constexpr (std::is_same_v<Item, Crl>) {
-            const bool has_idp = states_[idp].read && truth_->first[idp].text != "null";
-            require(item_.idp_raw().length == 0 || has_idp);
-            require(item_.aki_raw().length == 0 || states_[aki].read);
+            const Outcome& first_idp = truth_->first[idp];
+            const bool no_idp = !first_idp.threw && first_idp.text == "null";
+            require(!states_[idp].read || !no_idp || item_.idp_raw().length == 0);
+            const bool undecodable = truth_->first[aki].threw;
+            require(!states_[aki].read || !undecodable || item_.aki_raw().length == 0);
         }
     }
 

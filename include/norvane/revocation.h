@@ -27,6 +27,39 @@ extern "C" {
 #define NORVANE_MODULE_NOEXCEPT
 #endif
 
+/// Decides whether certificates have been revoked, one after the other, and stops at the first that
+/// is revoked or cannot be checked. Each is decided on its own: by CRLs of the caller's stores, of
+/// the system store "CA" and of its distribution points, whose signers lead to the system store
+/// "Root". Programs call this through `CertVerifyRevocation` rather than directly.
+///
+/// Of the caller's structures a field is there if `cbSize` exceeds its offset, be it by one byte.
+///
+/// @param dwEncodingType `X509_ASN_ENCODING` in the low half; the high half is not looked at.
+/// @param dwRevType `CERT_CONTEXT_REVOCATION_TYPE`.
+/// @param cContext how many certificates there are, at least one.
+/// @param rgpvContext their contexts, each a `PCCERT_CONTEXT`.
+/// @param dwFlags `CERT_VERIFY_CACHE_ONLY_BASED_REVOCATION` and
+///     `CERT_VERIFY_REV_ACCUMULATIVE_TIMEOUT_FLAG` matter.
+/// @param pRevPara null is one in which no field is there. Of it `pIssuerCert` (its store too),
+///     `rgCertStore` (no null in it), `hCrlStore` (null: the "CA" store), `pftTimeToUse` (null: the
+///     present), `dwUrlRetrievalTimeout` (milliseconds, 5000 if it is not there, 0 for the
+///     platform's default) and `pCrlInfo` are used; the wishes for freshness are not.
+///     `pCrlInfo` is used if its `cbSize` exceeds 32. On input its `pDeltaCrlContext` is null or a
+///     context, which is released; the rest is not read. On return it describes the last
+///     certificate that was looked at, and its contexts are the caller's to release; after a
+///     failure other than `CRYPT_E_REVOKED` they are null.
+/// @param pRevStatus `cbSize` exceeds 12. `dwIndex`, `dwError` and `dwReason` are always written;
+///     `fHasFreshnessTime` and `dwFreshnessTime`, where they are there, tell the age in seconds of
+///     the oldest information about the last certificate that was looked at.
+/// @return TRUE if no certificate is revoked. FALSE otherwise, with the last error, which stands in
+///     `dwError` too: `CRYPT_E_REVOKED` with a CRLReason (RFC 5280 5.3.1) in `dwReason`,
+///     `CRYPT_E_NO_REVOCATION_CHECK`, or `E_INVALIDARG` without contexts. `E_INVALIDARG` for
+///     `pRevStatus` itself is the last error only. One oddity stands: if the platform fails to make
+///     or to release the contexts of `pCrlInfo`, the call ends at once with TRUE and `dwError` 0.
+NORVANE_MODULE_API BOOL WINAPI CertDllVerifyRevocation(
+    DWORD dwEncodingType, DWORD dwRevType, DWORD cContext, PVOID rgpvContext[], DWORD dwFlags,
+    PCERT_REVOCATION_PARA pRevPara, PCERT_REVOCATION_STATUS pRevStatus) NORVANE_MODULE_NOEXCEPT;
+
 /// Turns the blob of a GOST R 34.10-94 public key into text: one text for the key, one for its
 /// parameters.
 ///

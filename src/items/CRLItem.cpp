@@ -110,12 +110,20 @@ const ASN1T_IssuingDistributionPoint* CRLItem::issuing_distribution_point() cons
     return look_up(*this, issuing_distribution_point_, Rules::issuing_distribution_point).value;
 }
 
+const CACMPT_BLOB& CRLItem::idp_raw() const {
+    return look_up(*this, issuing_distribution_point_, Rules::issuing_distribution_point).raw;
+}
+
 const DistributionPointList* CRLItem::freshest_crl() const {
     return pointer_to(look_up(*this, freshest_crl_, Rules::freshest_crl));
 }
 
 const ASN1T_AuthorityKeyIdentifier* CRLItem::authority_key_identifier() const {
     return look_up(*this, authority_key_identifier_, Rules::authority_key_identifier).value;
+}
+
+const CACMPT_BLOB& CRLItem::aki_raw() const {
+    return look_up(*this, authority_key_identifier_, Rules::authority_key_identifier).raw;
 }
 
 const ASN1T_Extension* CRLItem::ca_version() const {

@@ -55,15 +55,13 @@ class CRLItem {
     /// read, and at that one only, of an extension that is not critical; and at every read of one
     /// whose content is not what its type says, so that it never passes for absent.
     [[nodiscard]] const ASN1T_IssuingDistributionPoint* issuing_distribution_point() const;
-    /// The content of the issuing distribution point as issuing_distribution_point() has read it,
-    /// empty before and if it is absent.
-    [[nodiscard]] const CACMPT_BLOB& idp_raw() const {
-        return issuing_distribution_point_.kept.raw;
-    }
+    /// The content of the issuing distribution point, empty if it is absent. Reads it, and throws,
+    /// as issuing_distribution_point() does.
+    [[nodiscard]] const CACMPT_BLOB& idp_raw() const;
     [[nodiscard]] const DistributionPointList* freshest_crl() const;
     [[nodiscard]] const ASN1T_AuthorityKeyIdentifier* authority_key_identifier() const;
-    /// The content of the authority key identifier as authority_key_identifier() has read it.
-    [[nodiscard]] const CACMPT_BLOB& aki_raw() const { return authority_key_identifier_.kept.raw; }
+    /// The content of the authority key identifier, empty if it is absent.
+    [[nodiscard]] const CACMPT_BLOB& aki_raw() const;
     /// The extension 1.3.6.1.4.1.311.21.1 itself, not its value.
     [[nodiscard]] const ASN1T_Extension* ca_version() const;
     /// Nothing if absent, 0xFFFFFFFF for a number that needs more than 32 bits. Throws

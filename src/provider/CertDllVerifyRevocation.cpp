@@ -153,7 +153,7 @@ BOOL verify_revocation(std::span<void* const> contexts, DWORD flags,
 BOOL WINAPI CertDllVerifyRevocation(DWORD dwEncodingType, DWORD dwRevType, DWORD cContext,
                                     PVOID rgpvContext[], DWORD dwFlags,
                                     PCERT_REVOCATION_PARA pRevPara,
-                                    PCERT_REVOCATION_STATUS pRevStatus) {
+                                    PCERT_REVOCATION_STATUS pRevStatus) noexcept {
     using namespace norvane;
     constexpr DWORD encoding_mask = 0xFFFF;
     if (pRevStatus == nullptr || !is_large_enough(*pRevStatus)) {

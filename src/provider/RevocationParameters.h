@@ -15,9 +15,9 @@ struct RevocationParameters {
 
     PCCERT_CONTEXT issuer_hint = nullptr;
     std::span<const HCERTSTORE> cert_stores;
-    HCERTSTORE crl_store = nullptr; ///< Null: the "CA" store is searched for CRLs.
-    const FILETIME* time_to_use = nullptr; ///< Null: the present.
-    DWORD timeout = default_timeout;       ///< Milliseconds; 0 leaves it to the platform.
+    HCERTSTORE crl_store = nullptr;               ///< Null: the "CA" store is searched for CRLs.
+    const FILETIME* time_to_use = nullptr;        ///< Null: the present.
+    DWORD timeout = default_timeout;              ///< Milliseconds; 0 leaves it to the platform.
     CERT_REVOCATION_CRL_INFO* crl_info = nullptr; ///< Null: no CRLs are to be handed out.
 };
 

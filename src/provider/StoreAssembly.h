@@ -9,8 +9,8 @@ namespace norvane {
 /// the caller's. A system store that cannot be opened is left out in silence. Each store is
 /// referenced anew and closed with `chain`.
 ///
-/// Throws CAException "Store handle is NULL." for a null store of the caller, and CryptException for
-/// what is no store.
+/// Throws CAException "Store handle is NULL." for a null store of the caller, and CryptException
+/// for what is no store.
 void assemble_stores(ChainValidator& chain, const RevocationParameters& parameters);
 
 } // namespace norvane

@@ -4,17 +4,18 @@
 
 #include <cstddef>
 #include <stdexcept>
+#include <utility>
 
 namespace norvane {
 namespace {
 
 constexpr std::size_t max_list_size = 0xAAAAAAAAAAAAAAA;
 
-void append(std::list<CACMPT_BLOB>& out, const BYTE* bytes, DWORD length) {
+void append(std::list<CACMPT_BLOB>& out, ByteView encoded) {
     if (out.size() >= max_list_size) {
         throw std::length_error("list<T> too long");
     }
-    out.emplace_back(bytes, length);
+    out.emplace_back(encoded.data, encoded.length);
 }
 
 /// The platform's calls for one kind of object.
@@ -25,8 +26,8 @@ struct Certificates {
                                           param.find_para, previous);
     }
     static void free(const _CERT_CONTEXT* certificate) { CertFreeCertificateContext(certificate); }
-    static void append_to(std::list<CACMPT_BLOB>& out, const _CERT_CONTEXT& certificate) {
-        append(out, certificate.pbCertEncoded, certificate.cbCertEncoded);
+    static ByteView encoded(const _CERT_CONTEXT& certificate) {
+        return {certificate.pbCertEncoded, certificate.cbCertEncoded};
     }
 };
 
@@ -37,26 +38,50 @@ struct Crls {
                                   previous);
     }
     static void free(const _CRL_CONTEXT* crl) { CertFreeCRLContext(crl); }
-    static void append_to(std::list<CACMPT_BLOB>& out, const _CRL_CONTEXT& crl) {
-        append(out, crl.pbCrlEncoded, crl.cbCrlEncoded);
+    static ByteView encoded(const _CRL_CONTEXT& crl) {
+        return {crl.pbCrlEncoded, crl.cbCrlEncoded};
     }
 };
 
+/// Frees a context if the search ends at it.
 template <class Objects, class Context>
-void find_all(std::list<CACMPT_BLOB>& out, HCERTSTORE store, StoreFindParam<Context>& param) {
-    const Context* context = Objects::next(store, param, nullptr);
-    while (context != nullptr) {
-        try {
-            if (param.match(context)) {
-                Objects::append_to(out, *context);
-            }
-        } catch (const Asn1Exception&) {
-            // Not what the predicate can read, and so not what is sought.
-        } catch (...) {
-            Objects::free(context);
-            throw;
+class CurrentContext {
+  public:
+    explicit CurrentContext(const Context* context) : context_(context) {}
+    CurrentContext(const CurrentContext&) = delete;
+    CurrentContext& operator=(const CurrentContext&) = delete;
+    ~CurrentContext() {
+        if (context_ != nullptr) {
+            Objects::free(context_);
         }
-        context = Objects::next(store, param, context);
+    }
+
+    [[nodiscard]] const Context* get() const { return context_; }
+    /// The platform frees the present one.
+    void move_on(HCERTSTORE store, const StoreFindParam<Context>& param) {
+        context_ = Objects::next(store, param, std::exchange(context_, nullptr));
+    }
+
+  private:
+    const Context* context_;
+};
+
+template <class Context>
+bool is_kept(StoreFindParam<Context>& param, const Context* context) {
+    try {
+        return param.match(context);
+    } catch (const Asn1Exception&) {
+        return false; // Not what the predicate can read, and so not what is sought.
+    }
+}
+
+template <class Objects, class Context, class Visit>
+void visit_all(HCERTSTORE store, StoreFindParam<Context>& param, Visit visit) {
+    CurrentContext<Objects, Context> context(Objects::next(store, param, nullptr));
+    for (; context.get() != nullptr; context.move_on(store, param)) {
+        if (is_kept(param, context.get())) {
+            visit(Objects::encoded(*context.get()));
+        }
     }
 }
 
@@ -64,12 +89,17 @@ void find_all(std::list<CACMPT_BLOB>& out, HCERTSTORE store, StoreFindParam<Cont
 
 void store_find_all(std::list<CACMPT_BLOB>& out, HCERTSTORE store,
                     StoreFindParam<_CERT_CONTEXT>& param) {
-    find_all<Certificates>(out, store, param);
+    visit_all<Certificates>(store, param, [&out](ByteView encoded) { append(out, encoded); });
 }
 
 void store_find_all_crls(std::list<CACMPT_BLOB>& out, HCERTSTORE store,
                          StoreFindParam<_CRL_CONTEXT>& param) {
-    find_all<Crls>(out, store, param);
+    visit_all<Crls>(store, param, [&out](ByteView encoded) { append(out, encoded); });
+}
+
+void store_visit_crls(HCERTSTORE store, StoreFindParam<_CRL_CONTEXT>& param,
+                      const std::function<void(ByteView encoded)>& visit) {
+    visit_all<Crls>(store, param, visit);
 }
 
 } // namespace norvane

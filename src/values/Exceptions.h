@@ -11,6 +11,7 @@ namespace norvane {
 /// program's diagnostics and need not match the file that throws.
 namespace source_module {
 inline constexpr std::string_view chain = "Chain";
+inline constexpr std::string_view chain_validator = "ChainValidator";
 inline constexpr std::string_view chain_base = "ChainBase";
 inline constexpr std::string_view store_util = "StoreUtil";
 inline constexpr std::string_view date = "Date";

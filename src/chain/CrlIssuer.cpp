@@ -1,0 +1,50 @@
+#include "chain/CrlIssuer.h"
+
+#include "asn1/BitString.h"
+#include "chain/IssuerCandidates.h"
+#include "chain/LinkTests.h"
+#include "chain/PathBuilding.h"
+
+#include <utility>
+
+namespace norvane {
+namespace {
+
+constexpr std::uint32_t crl_sign = 6; // Bit of KeyUsage, RFC 5280 4.2.1.3.
+
+bool is_crl_issuer(ChainValidator& chain, const CRLItem& crl, ItemCache::value_type& candidate) {
+    const CertificateItem& signer = candidate.first;
+    const ASN1T_KeyUsage* const usage = signer.key_usage();
+    return (usage == nullptr || ASN1CBitStr(usage->bits).get(crl_sign)) &&
+           private_key_was_usable(this_update(crl), signer) &&
+           crl.verify_with_key(public_key(signer)) && push_and_extend(chain, candidate);
+}
+
+} // namespace
+
+bool find_crl_issuer(ChainValidator& chain, CRLChainItem& crl) {
+    const IssuerSearchKey key = make_crl_issuer_key(crl.item);
+    // What is on the path already may sign this CRL too.
+    const CertificateItemSet excluded;
+    IssuerCandidateSearch search(key, excluded);
+    candidates_from_cache(chain, search);
+    candidates_from_extra(chain, search);
+    candidates_from_stores(chain, search);
+
+    for (const IssuerCandidate& candidate : search.candidates()) {
+        try {
+            if (is_crl_issuer(chain, crl.item, *candidate.certificate)) {
+                crl.info.crl_issuer = &candidate.certificate->first;
+                return true;
+            }
+        } catch (...) {
+            // This candidate only.
+        }
+    }
+    if (chain.best_path) {
+        chain.path = *std::exchange(chain.best_path, std::nullopt);
+    }
+    return false;
+}
+
+} // namespace norvane

@@ -1,0 +1,65 @@
+#include "chain/DeltaSelection.h"
+
+#include "chain/CrlRetrieval.h"
+#include "chain/CrlSearch.h"
+#include "chain/LinkTests.h"
+#include "values/CompareTimes.h"
+
+#include <optional>
+
+namespace norvane {
+
+DeltaCrlSet select_deltas(ChainValidator& chain, const CRLItem& crl, DeltaCrlMap& deltas,
+                          DWORD pass_flags) {
+    if (const DistributionPointList* const points = crl.freshest_crl()) {
+        CrlItemSet retrieved;
+        retrieve_crls(chain, *points, retrieved, pass_flags);
+        CrlBaseSet dropped;
+        for (const CRLItem* const item : retrieved) {
+            file_crl(*item, dropped, deltas);
+        }
+    }
+    const DeltaCrlSet& candidates = deltas[crl.authority_key_id()][crl.idp_raw()];
+    const std::optional<std::uint32_t> base_number = crl.crl_number();
+    DeltaCrlSet result;
+    if (!base_number) {
+        return result;
+    }
+    for (const CRLItem* const delta : candidates) {
+        if (delta_applies(*delta, *base_number, chain.verify_time)) {
+            result.insert(result.end(), delta);
+        }
+    }
+    return result;
+}
+
+bool delta_applies(const CRLItem& delta, std::uint32_t base_number, ASN1CTime& verify_time) {
+    const std::optional<std::uint32_t> starts_at = delta.delta_crl_indicator();
+    const std::optional<std::uint32_t> number = delta.crl_number();
+    return starts_at && number && base_number >= *starts_at && base_number < *number &&
+           compare_times(next_update(delta), verify_time) >= 0 &&
+           compare_times(this_update(delta), verify_time) <= 0;
+}
+
+DeltaCrlSet same_scope_deltas(const DeltaCrlSet& deltas, const CRLItem& crl) {
+    DeltaCrlSet result;
+    for (const CRLItem* const delta : deltas) {
+        if (names_equal(delta->issuer_name(), crl.issuer_name()) &&
+            delta->idp_raw() == crl.idp_raw() && delta->aki_raw() == crl.aki_raw()) {
+            result.insert(result.end(), delta);
+        }
+    }
+    return result;
+}
+
+const CRLItem* first_signed_delta(const DeltaCrlSet& deltas, const CertificateItem& signer) {
+    for (const CRLItem* const delta : deltas) {
+        if (private_key_was_usable(this_update(*delta), signer) &&
+            delta->verify_with_key(public_key(signer))) {
+            return delta;
+        }
+    }
+    return nullptr;
+}
+
+} // namespace norvane

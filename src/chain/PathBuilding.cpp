@@ -1,0 +1,126 @@
+#include "chain/PathBuilding.h"
+
+#include "chain/AuthorityInfoAccess.h"
+#include "chain/IssuerCandidates.h"
+#include "chain/LinkTests.h"
+#include "chain/PathFailure.h"
+#include "chain/PathGuard.h"
+#include "chain/PathValidation.h"
+
+namespace norvane {
+namespace {
+
+bool extend_path(ChainValidator& chain);
+
+/// Tests the link between the path's first element, a candidate, and its child.
+bool link_holds(ChainValidator& chain, const CertificateChainItem& child) {
+    const Chain::Position first = chain.path.items.begin();
+    const CertificateItem& candidate = first->item();
+    if (child.info().verified_issuers.contains(&candidate)) {
+        return true;
+    }
+    if (!is_time_valid(candidate, chain.verify_time)) {
+        record_failure(chain, IS_NOT_TIME_VALID, first);
+        return false;
+    }
+    if ((chain.chain_flags & ChainFlagDeferSignatureCheck) != 0) {
+        return true;
+    }
+    if (!private_key_was_usable(not_before(child.item()), candidate)) {
+        record_failure(chain, IS_NOT_TIME_VALID, first);
+        return false;
+    }
+    if (!child.item().verify_with_key(public_key(candidate))) {
+        // The record marks the candidate, though it is the child's signature that failed.
+        record_failure(chain, IS_NOT_SIGNATURE_VALID, first);
+        return false;
+    }
+    return true;
+}
+
+bool try_candidates(ChainValidator& chain, const IssuerCandidateSearch& search) {
+    const CertificateChainItem& child = chain.path.items.front();
+    for (const IssuerCandidate& candidate : search.candidates()) {
+        PathGuard guard(chain.path);
+        try {
+            chain.path.items.emplace_front(*candidate.certificate);
+            if (link_holds(chain, child) && extend_path(chain)) {
+                guard.keep();
+                return true;
+            }
+        } catch (...) {
+            // The candidate has failed, without a record.
+        }
+    }
+    return false;
+}
+
+/// The known certificates first, then, over the wire, what only the extension can bring.
+bool extend_by_issuer(ChainValidator& chain) {
+    const CertificateItem& first = chain.path.items.front().item();
+    const IssuerSearchKey key = make_issuer_key(first);
+    // The only guard against cycles: what is on the path is no candidate.
+    CertificateItemSet excluded;
+    for (const CertificateChainItem& element : chain.path.items) {
+        excluded.insert(&element.item());
+    }
+    const ASN1T_AuthorityInfoAccessSyntax* const aia = first.authority_info_access();
+
+    IssuerCandidateSearch known(key, excluded);
+    candidates_from_cache(chain, known);
+    candidates_from_extra(chain, known);
+    candidates_from_stores(chain, known);
+    if (aia != nullptr) {
+        candidates_from_aia(chain, *aia, known, CRYPT_CACHE_ONLY_RETRIEVAL);
+    }
+    if (try_candidates(chain, known)) {
+        return true;
+    }
+
+    if (aia != nullptr && (chain.chain_flags & chain_cache_only) == 0) {
+        IssuerCandidateSearch retrieved(key, excluded);
+        candidates_from_aia(chain, *aia, retrieved, 0);
+        if (try_candidates(chain, retrieved)) {
+            return true;
+        }
+    }
+    record_partial_chain(chain, IS_PARTIAL_CHAIN);
+    return false;
+}
+
+/// Extends the path, which is not empty, from its first element towards the root.
+bool extend_path(ChainValidator& chain) {
+    const Chain::Position first = chain.path.items.begin();
+    const bool self_signed = first->item().is_self_signed();
+    const bool trusted = first->info().trusted;
+    if (self_signed && !trusted) {
+        record_failure(chain, IS_UNTRUSTED_ROOT, first);
+        return false;
+    }
+    if (trusted) {
+        if (self_signed) {
+            return validate_path(chain);
+        }
+        record_failure(chain, IS_NOT_SIGNATURE_VALID, first);
+        return false;
+    }
+    return extend_by_issuer(chain);
+}
+
+} // namespace
+
+bool push_and_extend(ChainValidator& chain, ItemCache::value_type& certificate) {
+    PathGuard guard(chain.path);
+    try {
+        chain.path.items.emplace_front(certificate);
+        if (extend_path(chain)) {
+            guard.keep();
+            return true;
+        }
+    } catch (...) {
+        // The certificate has failed, without a record.
+    }
+    return false;
+}
+
+} // namespace norvane

@@ -1,0 +1,21 @@
+#include "chain/RetrievalClock.h"
+
+#include <norvane/wincrypt.h>
+
+namespace norvane {
+
+CACMPT_Date retrieval_clock() {
+    SYSTEMTIME fields{};
+    GetSystemTime(&fields);
+    FILETIME time{};
+    SystemTimeToFileTime(&fields, &time);
+    return from_file_time(time);
+}
+
+CACMPT_Date time_since(const CACMPT_Date& start) { return difference(retrieval_clock(), start); }
+
+DWORD whole_milliseconds(const CACMPT_Date& length) {
+    return static_cast<DWORD>(divide(length, CACMPT_Date::one_millisecond));
+}
+
+} // namespace norvane

@@ -27,6 +27,7 @@ class OSRTSAXException : public std::runtime_error {
 /// is given, which ends the parsing with an exception. The arguments view the text.
 class SaxHandler {
   public:
+    virtual ~SaxHandler() = default;
     /// A text begins; whatever was learnt from an earlier one is forgotten.
     virtual void init() = 0;
     [[nodiscard]] virtual bool startElement(std::string_view name) = 0;
@@ -39,7 +40,6 @@ class SaxHandler {
     SaxHandler() = default;
     SaxHandler(const SaxHandler&) = default;
     SaxHandler& operator=(const SaxHandler&) = default;
-    ~SaxHandler() = default;
 };
 
 /// Reads the part of XML 1.0 that encodings of ASN.1 need (X.693 8): an XML declaration or none,

@@ -1,5 +1,8 @@
 #include "xer/Conversion.h"
 
+#include <utility>
+#include <vector>
+
 using namespace norvane::testing;
 
 namespace {
@@ -60,13 +63,11 @@ TEST(ConvertKey, TellsWrongTagsFromWrongBase64BeforeItReadsParameters) {
 
 TEST(ConvertKey, ReadsParametersWithWhiteSpaceAndDeclaration) {
     const std::string padding(65536 - parameters_text.size(), ' ');
-    for (const std::string& text : {
-             R"(<?xml version="1.0"?>)" + parameters_text,
-             "<?xml version = '1.1' encoding='UTF-8' standalone=\"yes\" ?>\r\n" + parameters_text,
-             "\n" + replaced(parameters_text, "><d", ">\n \t<d") + "\n",
-             replaced(parameters_text, root_end, "\r\n" + root_end),
-             padding + parameters_text,
-         }) {
+    for (const std::string& text :
+         {R"(<?xml version="1.0"?>)" + parameters_text,
+          "<?xml version = '1.1' encoding='UTF-8' standalone=\"yes\" ?>\r\n" + parameters_text,
+          "\n" + replaced(parameters_text, "><d", ">\n \t<d") + "\n",
+          replaced(parameters_text, root_end, "\r\n" + root_end), padding + parameters_text}) {
         EXPECT_EQ(convert(key_text, text).bytes, key_blob(parameters)) << text;
     }
 }
@@ -75,65 +76,51 @@ TEST(ConvertKey, RefusesAnythingElseInParameters) {
     const auto with_set = [](const std::string& set) {
         return replaced(parameters_text, "1.2.643.2.2.30.1", set);
     };
-    const auto instead = [](const std::string& part, const std::string& by) {
-        return replaced(parameters_text, part, by);
-    };
     std::string many_arcs = "1.2";
     for (int i = 0; i < 127; ++i) {
         many_arcs += ".1";
     }
+    std::vector<std::string> texts = {"",
+                                      " ",
+                                      "1.2",
+                                      parameters_text + "x",
+                                      parameters_text + std::string(1, '\0'),
+                                      parameters_text +
+                                          std::string(65537 - parameters_text.size(), ' '),
+                                      with_set(many_arcs),
+                                      parameters_text.substr(0, parameters_text.size() - 1)};
+    for (const char* front :
+         {"x", "\xEF\xBB\xBF", "<!DOCTYPE x>", "<!-- -->", "<?pi?>", R"( <?xml version="1.0"?>)",
+          R"(<?xml version="2.0"?>)", R"(<?xml version="1.0' ?>)", R"(<?xml version=""?>)",
+          R"(<?xml version="1.0"encoding="UTF-8"?>)", R"(<?xml version="1.0" standalone="maybe"?>)",
+          R"(<?xml version="1.0" encoding="-"?>)", R"(<?xmlversion="1.0"?>)",
+          R"(<?xml version="1.0")"}) {
+        texts.push_back(front + parameters_text);
+    }
+    for (const char* set :
+         {"", " ", "1.2 ", "&#49;.2", "&one;.2", "<![CDATA[1.2]]>", "1.2<x>3</x>", "1", "1.2.",
+          ".1.2", "1..2", "1.+2", "1.02", "0x1.2", "1.40", "3.1", "1.2.4294967296"}) {
+        texts.push_back(with_set(set));
+    }
     const std::string set = "<encryptionParamSet>1.2</encryptionParamSet>";
-    const std::string rows[] = {
-        "",
-        " ",
-        "1.2",
-        parameters_text.substr(0, parameters_text.size() - 1),
-        parameters_text + "x",
-        parameters_text + parameters_text,
-        parameters_text + std::string(1, '\0'),
-        parameters_text + std::string(65537 - parameters_text.size(), ' '),
-        "\xEF\xBB\xBF" + parameters_text,
-        R"( <?xml version="1.0"?>)" + parameters_text,
-        R"(<?xml version="2.0"?>)" + parameters_text,
-        R"(<?xml version="1.0' ?>)" + parameters_text,
-        R"(<?xml version="1.0"encoding="UTF-8"?>)" + parameters_text,
-        R"(<?xml version="1.0" standalone="maybe"?>)" + parameters_text,
-        R"(<?xml version="1.0")",
-        "<!DOCTYPE x>" + parameters_text,
-        "<!-- -->" + parameters_text,
-        "<?pi?>" + parameters_text,
-        instead("<digest", "x<digest"),
-        instead("<digest", "<!-- --><digest"),
-        instead("<digestParamSet>", "<digestParamSet >"),
-        instead("<digestParamSet>", "<digestParamSet a='b'>"),
-        instead("<digestParamSet>", "<DigestParamSet>"),
-        instead("</digestParamSet>", "</publicKeyParamSet>"),
-        instead("<digestParamSet>1.2.643.2.2.30.1</digestParamSet>", ""),
-        instead("<digestParamSet>1.2.643.2.2.30.1</digestParamSet>", set),
-        instead("<digestParamSet>", "<digestParamSet><digestParamSet>"),
-        instead(root_end, set + set + root_end),
-        instead(root_end, set + "<more>1.2</more>" + root_end),
-        instead(root_end, root_end.substr(0, 1) + root_end),
-        with_set(""),
-        with_set(" "),
-        with_set("1.2 "),
-        with_set("&#49;.2"),
-        with_set("&one;.2"),
-        with_set("<![CDATA[1.2]]>"),
-        with_set("1.2<x>3</x>"),
-        with_set("1"),
-        with_set("1.2."),
-        with_set(".1.2"),
-        with_set("1..2"),
-        with_set("1.+2"),
-        with_set("1.02"),
-        with_set("0x1.2"),
-        with_set("1.40"),
-        with_set("3.1"),
-        with_set("1.2.4294967296"),
-        with_set(many_arcs),
-    };
-    for (const std::string& text : rows) {
+    const std::string digest = "<digestParamSet>1.2.643.2.2.30.1</digestParamSet>";
+    const std::pair<std::string, std::string> replacements[] = {
+        {"<digest", "x<digest"},
+        {"<digest", "<!-- --><digest"},
+        {"<digestParamSet>", "<digestParamSet >"},
+        {"<digestParamSet>", "<digestParamSet a='b'>"},
+        {"<digestParamSet>", "<DigestParamSet>"},
+        {"<digestParamSet>", "<digestParamSet><digestParamSet>"},
+        {"</digestParamSet>", "</publicKeyParamSet>"},
+        {digest, ""},
+        {digest, set},
+        {root_end, set + set + root_end},
+        {root_end, set + "<more>1.2</more>" + root_end},
+        {root_end, root_end + parameters_text}};
+    for (const auto& [part, by] : replacements) {
+        texts.push_back(replaced(parameters_text, part, by));
+    }
+    for (const std::string& text : texts) {
         const Blob blob = convert(key_text, text);
         EXPECT_FALSE(blob.done) << text;
         EXPECT_EQ(blob.error, CRYPT_E_ASN1_ERROR) << text;

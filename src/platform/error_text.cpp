@@ -35,6 +35,7 @@ constexpr Description descriptions[] = {
     {ERROR_NO_UNICODE_TRANSLATION, "The text has a character without a Unicode counterpart."},
     {ERROR_NOT_FOUND, "The element was not found."},
     {ERROR_TIMEOUT, "The time allowed for the operation has run out."},
+    {ERROR_NOT_ENOUGH_QUOTA, "The quota for this operation is used up."},
     {ERROR_INTERNET_INVALID_URL, "The URL is not valid."},
     {ERROR_INTERNET_UNRECOGNIZED_SCHEME, "The scheme of the URL is not known or not allowed."},
     {ERROR_INTERNET_NAME_NOT_RESOLVED, "The name of the server cannot be resolved."},

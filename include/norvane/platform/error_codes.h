@@ -27,6 +27,7 @@
 #define ERROR_NO_UNICODE_TRANSLATION 1113U
 #define ERROR_NOT_FOUND 1168U
 #define ERROR_TIMEOUT 1460U
+#define ERROR_NOT_ENOUGH_QUOTA 1816U
 
 // General HRESULT values, and those of COM activation. 0x8007xxxx carries the system error xxxx.
 #define S_OK 0U

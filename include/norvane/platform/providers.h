@@ -187,8 +187,9 @@ BOOL CryptDestroyKey(HCRYPTKEY hKey) NORVANE_PLATFORM_API(CryptDestroyKey);
 /// @param szDescription must be null.
 /// @param dwFlags must be 0.
 /// @return TRUE if the signature is good. FALSE else, with the last error `NTE_BAD_SIGNATURE`, or
-///     `NTE_BAD_ALGID` (the key does not go with this hash), `NTE_BAD_FLAGS` or
-///     `ERROR_INVALID_PARAMETER`.
+///     `NTE_BAD_ALGID` (the key does not go with this hash), `NTE_BAD_FLAGS`,
+///     `ERROR_INVALID_PARAMETER`, or `ERROR_NOT_ENOUGH_QUOTA` (the outermost call of
+///     `CertVerifyRevocation` on this thread has used up its verifications).
 BOOL CryptVerifySignatureW(HCRYPTHASH hHash, const BYTE* pbSignature, DWORD dwSigLen,
                            HCRYPTKEY hPubKey, LPCWSTR szDescription, DWORD dwFlags)
     NORVANE_PLATFORM_API(CryptVerifySignatureW);

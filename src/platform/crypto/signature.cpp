@@ -1,5 +1,6 @@
 #include "platform/crypto/Guarded.h"
 #include "platform/crypto/Handles.h"
+#include "platform/dispatch/CallLimits.h"
 
 #include <algorithm>
 #include <array>
@@ -43,6 +44,9 @@ BOOL CryptVerifySignatureW(HCRYPTHASH hHash, const BYTE* pbSignature, DWORD dwSi
     }
     if (dwSigLen == 0 || dwSigLen > max_signature_size) {
         return norvane::fail(NTE_BAD_SIGNATURE);
+    }
+    if (!norvane::spend_verification()) {
+        return norvane::fail(ERROR_NOT_ENOUGH_QUOTA);
     }
     return norvane::guarded([&] {
         std::array<std::uint8_t, max_signature_size> forward{};

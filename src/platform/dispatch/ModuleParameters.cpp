@@ -1,0 +1,113 @@
+#include "platform/dispatch/ModuleParameters.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstring>
+
+namespace norvane {
+namespace {
+
+#define NORVANE_END_OF(structure, field) (offsetof(structure, field) + sizeof(structure::field))
+
+/// Where the fields of the structure end.
+constexpr std::array<std::size_t, 13> field_ends = {
+    NORVANE_END_OF(CERT_REVOCATION_PARA, cbSize),
+    NORVANE_END_OF(CERT_REVOCATION_PARA, pIssuerCert),
+    NORVANE_END_OF(CERT_REVOCATION_PARA, cCertStore),
+    NORVANE_END_OF(CERT_REVOCATION_PARA, rgCertStore),
+    NORVANE_END_OF(CERT_REVOCATION_PARA, hCrlStore),
+    NORVANE_END_OF(CERT_REVOCATION_PARA, pftTimeToUse),
+    NORVANE_END_OF(CERT_REVOCATION_PARA, dwUrlRetrievalTimeout),
+    NORVANE_END_OF(CERT_REVOCATION_PARA, fCheckFreshnessTime),
+    NORVANE_END_OF(CERT_REVOCATION_PARA, dwFreshnessTime),
+    NORVANE_END_OF(CERT_REVOCATION_PARA, pftCurrentTime),
+    NORVANE_END_OF(CERT_REVOCATION_PARA, pCrlInfo),
+    NORVANE_END_OF(CERT_REVOCATION_PARA, pftCacheResync),
+    NORVANE_END_OF(CERT_REVOCATION_PARA, pChainPara),
+};
+
+/// What every module may count on: the structure without its extra fields.
+constexpr std::size_t least_size = NORVANE_END_OF(CERT_REVOCATION_PARA, pftTimeToUse);
+constexpr std::size_t least_crl_info_size =
+    NORVANE_END_OF(CERT_REVOCATION_CRL_INFO, fDeltaCrlEntry);
+
+#undef NORVANE_END_OF
+
+void release(PCCRL_CONTEXT& context) noexcept {
+    CertFreeCRLContext(context);
+    context = nullptr;
+}
+
+} // namespace
+
+ModuleParameters::ModuleParameters(const CERT_REVOCATION_PARA* caller, DWORD flags) noexcept
+    : caller_flags_(flags) {
+    std::size_t size = 0;
+    if (caller != nullptr) {
+        const auto beyond = std::ranges::upper_bound(field_ends, caller->cbSize);
+        size = beyond == field_ends.begin() ? 0 : *std::prev(beyond);
+        std::memcpy(&caller_, caller, size);
+    }
+    caller_.cbSize = static_cast<DWORD>(std::max(size, least_size));
+    if (caller_.pCrlInfo != nullptr) {
+        if (caller_.pCrlInfo->cbSize < least_crl_info_size) {
+            caller_.pCrlInfo = nullptr;
+        } else {
+            release(caller_.pCrlInfo->pDeltaCrlContext);
+        }
+    }
+}
+
+ModuleParameters::~ModuleParameters() {
+    if (!crls_are_kept_) {
+        release_crls();
+    }
+    if (CERT_REVOCATION_CRL_INFO* const info = caller_.pCrlInfo; info != nullptr) {
+        info->pBaseCrlContext = crls_.pBaseCrlContext;
+        info->pDeltaCrlContext = crls_.pDeltaCrlContext;
+        info->pCrlEntry = crls_.pCrlEntry;
+        info->fDeltaCrlEntry = crls_.fDeltaCrlEntry;
+    }
+}
+
+void ModuleParameters::make_out(PCCERT_CONTEXT issuer) noexcept {
+    release_crls();
+    para_ = caller_;
+    flags_ = caller_flags_;
+    if (para_.pIssuerCert == nullptr) {
+        para_.pIssuerCert = issuer;
+    }
+    if (para_.pCrlInfo != nullptr) {
+        para_.pCrlInfo = &crls_;
+    }
+    limit_time();
+}
+
+void ModuleParameters::release_crls() noexcept {
+    release(crls_.pBaseCrlContext);
+    release(crls_.pDeltaCrlContext);
+    crls_ = {.cbSize = sizeof crls_,
+             .pBaseCrlContext = nullptr,
+             .pDeltaCrlContext = nullptr,
+             .pCrlEntry = nullptr,
+             .fDeltaCrlEntry = FALSE};
+    crls_are_kept_ = false;
+}
+
+void ModuleParameters::limit_time() noexcept {
+    if ((flags_ & CERT_VERIFY_REV_ACCUMULATIVE_TIMEOUT_FLAG) == 0 ||
+        para_.dwUrlRetrievalTimeout == 0) {
+        return;
+    }
+    using std::chrono::milliseconds;
+    const milliseconds left = milliseconds{para_.dwUrlRetrievalTimeout} -
+                              std::chrono::duration_cast<milliseconds>(Clock::now() - begin_);
+    para_.dwUrlRetrievalTimeout = static_cast<DWORD>(std::max(left.count(), milliseconds::rep{0}));
+    if (para_.dwUrlRetrievalTimeout == 0) {
+        // To a module 0 may mean a default of its own.
+        flags_ |= CERT_VERIFY_CACHE_ONLY_BASED_REVOCATION;
+    }
+}
+
+} // namespace norvane

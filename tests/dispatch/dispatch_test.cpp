@@ -117,7 +117,7 @@ TEST(CertVerifyRevocation, ReadsAndWritesOnlyFieldsThatAreThere) {
             DWORD given, seen;
             bool hint, crl_store, crls;
         };
-        for (const auto& [given, seen, hint, crl_store, crls] : {
+        for (const Case& row : {
                  Case{15, 48, false, false, false},
                  Case{39, 48, true, false, false},
                  Case{51, 48, true, true, false},
@@ -127,16 +127,16 @@ TEST(CertVerifyRevocation, ReadsAndWritesOnlyFieldsThatAreThere) {
              }) {
             CERT_REVOCATION_CRL_INFO crl_info{36, nullptr, nullptr, nullptr, 0};
             CERT_REVOCATION_PARA para{};
-            para.cbSize = given;
+            para.cbSize = row.given;
             para.pIssuerCert = numbered(2);
             para.hCrlStore = &para;
             para.pCrlInfo = &crl_info;
             script_of(MODULE_A).check = [&](const Question& question) {
-                EXPECT_EQ(question.para.cbSize, seen) << given;
-                EXPECT_EQ(question.para.pIssuerCert != nullptr, hint) << given;
-                EXPECT_EQ(question.para.hCrlStore != nullptr, crl_store) << given;
-                EXPECT_EQ(question.para.pCrlInfo != nullptr, crls) << given;
-                question.para.hCrlStore = nullptr; // must not be seen by the next
+                EXPECT_EQ(question.para.cbSize, row.seen) << row.given;
+                EXPECT_EQ(question.para.pIssuerCert != nullptr, row.hint) << row.given;
+                EXPECT_EQ(question.para.hCrlStore != nullptr, row.crl_store) << row.given;
+                EXPECT_EQ(question.para.pCrlInfo != nullptr, row.crls) << row.given;
+                question.para.hCrlStore = nullptr; // no later question may see this
                 return answering(ERROR_SUCCESS)(question);
             };
             EXPECT_TRUE(ask({numbered(1), numbered(2)}, 0, &para).result);

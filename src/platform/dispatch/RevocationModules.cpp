@@ -7,7 +7,6 @@
 #include <atomic>
 #include <dlfcn.h>
 #include <memory>
-#include <ranges>
 #include <utility>
 #include <vector>
 
@@ -98,9 +97,8 @@ class DetachAtExit {
     DetachAtExit& operator=(const DetachAtExit&) = delete;
     ~DetachAtExit() {
         process_ends = true;
-        for (const AttachedModule& module : list_.modules | std::views::reverse) {
-            module.detach(&process_ends);
-        }
+        std::for_each(list_.modules.rbegin(), list_.modules.rend(),
+                      [](const AttachedModule& module) { module.detach(&process_ends); });
     }
 
   private:

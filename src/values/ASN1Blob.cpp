@@ -4,6 +4,7 @@
 #include <new>
 #include <utility>
 
+#include "asn1/LargePages.h"
 #include "values/Exceptions.h"
 
 namespace norvane {
@@ -14,6 +15,7 @@ std::uint8_t* allocate(std::uint32_t count) {
     if (bytes == nullptr) {
         throw CAException("out of memory", source_module::asn1_blob, __LINE__);
     }
+    prefer_large_pages(bytes, count);
     return bytes;
 }
 

@@ -36,11 +36,7 @@ std::uint64_t mix_block(std::uint64_t hash, const std::uint8_t* block, const Sec
     return mix(halves[0] ^ secrets.first, halves[1] ^ hash);
 }
 
-} // namespace
-
-std::uint64_t byte_hash(ByteView bytes) {
-    static const Secrets secrets;
-    std::uint64_t hash = secrets.start;
+std::uint64_t mix_bytes(std::uint64_t hash, ByteView bytes, const Secrets& secrets) {
     const std::uint8_t* block = bytes.data;
     std::uint32_t left = bytes.length;
     for (; left >= block_size; left -= block_size, block += block_size) {
@@ -50,6 +46,21 @@ std::uint64_t byte_hash(ByteView bytes) {
         std::uint8_t last[block_size] = {};
         std::memcpy(last, block, left);
         hash = mix_block(hash, last, secrets);
+    }
+    return hash;
+}
+
+} // namespace
+
+std::uint64_t byte_hash(ByteView bytes) {
+    static const Secrets secrets;
+    constexpr std::uint32_t end_size = 64 << 10;
+    std::uint64_t hash = secrets.start;
+    if (bytes.length <= 2 * end_size) {
+        hash = mix_bytes(hash, bytes, secrets);
+    } else {
+        hash = mix_bytes(hash, {bytes.data, end_size}, secrets);
+        hash = mix_bytes(hash, {bytes.data + (bytes.length - end_size), end_size}, secrets);
     }
     return mix(hash ^ secrets.second, secrets.first ^ bytes.length);
 }

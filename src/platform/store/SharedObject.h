@@ -1,6 +1,7 @@
 #pragma once
 
 #include "asn1/ByteView.h"
+#include "asn1/LargePages.h"
 #include "platform/store/ByteHash.h"
 #include "platform/store/ObjectFault.h"
 #include "platform/store/Ref.h"
@@ -45,6 +46,7 @@ class SharedObject {
     SharedObject(ByteView bytes, std::uint64_t hash)
         : hash_(hash), length_(bytes.length),
           bytes_(std::make_unique_for_overwrite<std::uint8_t[]>(bytes.length)) {
+        prefer_large_pages(bytes_.get(), length_);
         std::copy(bytes.begin(), bytes.end(), bytes_.get());
     }
     ~SharedObject() = default;

@@ -1,0 +1,207 @@
+// Faults that are made on purpose: each test says how many it made, and finds that no response was
+// lost or wrongly served.
+#include "retrieval/Retrieval.h"
+
+#include <array>
+#include <csignal>
+#include <cstdlib>
+#include <ctime>
+#include <fcntl.h>
+#include <filesystem>
+#include <iostream>
+#include <iterator>
+#include <random>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+namespace norvane::testing {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* with_files = "schemes = file\n";
+
+std::vector<fs::path> files_with(const fs::path& folder, std::string_view ending) {
+    std::vector<fs::path> found;
+    for (const auto& item : fs::directory_iterator(folder))
+        if (item.path().native().ends_with(ending))
+            found.push_back(item.path());
+    return found;
+}
+
+TEST(CacheFaults, NoResponseIsLostOrTornWhenWritersAreKilled) {
+    const TemporaryFolder folder;
+    const auto checks = [&] {
+        constexpr int kills = 300;
+        // Of one date, so that each takes the place of the other; large enough to be met half
+        // written.
+        const std::array<Bytes, 2> versions = {large_crl(40'000, Key::ec(0)),
+                                               large_crl(39'000, Key::ec(0))};
+        const fs::path source = folder.path() / "source";
+        const std::string url = "file://" + source.string();
+        for (std::size_t version = 0; version < versions.size(); ++version)
+            static_cast<void>(folder.write(std::to_string(version), text_of(versions[version])));
+        const auto retrieve_version = [&](int version) {
+            const fs::path link = folder.path() / "link";
+            fs::remove(link);
+            fs::create_symlink(std::to_string(version % 2), link);
+            fs::rename(link, source);
+            return retrieve(url).error;
+        };
+        // Only children retrieve, so that this process stays one without other threads.
+        const auto start_writer = [&](int rounds) {
+            const pid_t child = fork();
+            if (child == 0) {
+                for (int i = 0; i < rounds; ++i)
+                    if (retrieve_version(i) != 0)
+                        _exit(1);
+                _exit(0);
+            }
+            return child;
+        };
+        int status = -1;
+        ASSERT_EQ(waitpid(start_writer(1), &status, 0) > 0 ? status : -1, 0);
+
+        std::mt19937 random(1);
+        std::size_t reads = 0;
+        std::size_t wrong = 0;
+        int killed = 0;
+        const auto read_cache = [&] {
+            ++reads;
+            const Retrieved got = retrieve(url, cached_objects);
+            wrong += got != objects({versions[0]}) && got != objects({versions[1]});
+        };
+        for (int i = 0; i < kills; ++i) {
+            const pid_t writer = start_writer(1'000'000);
+            const auto end = Clock::now() + std::chrono::microseconds(random() % 30'000);
+            while (Clock::now() < end)
+                read_cache();
+            kill(writer, SIGKILL);
+            killed += waitpid(writer, &status, 0) == writer && WIFSIGNALED(status);
+            read_cache();
+        }
+        const fs::path cache = folder.path() / "cache";
+        const auto abandoned = files_with(cache, ".new");
+        std::cout << killed << " writers killed, " << abandoned.size()
+                  << " of them in the middle of a file; " << reads << " reads, " << wrong
+                  << " wrong or without the response\n";
+        EXPECT_EQ(killed, kills);
+        EXPECT_GT(abandoned.size(), 0);
+        EXPECT_EQ(wrong, 0);
+
+        const std::array<timespec, 2> old{};
+        for (const fs::path& file : abandoned)
+            ASSERT_EQ(utimensat(AT_FDCWD, file.c_str(), old.data(), 0), 0);
+        ASSERT_EQ(waitpid(start_writer(2), &status, 0) > 0 ? status : -1, 0);
+        EXPECT_TRUE(files_with(cache, ".new").empty());
+        EXPECT_EQ(files_with(cache, ".response").size(), 1);
+    };
+    EXPECT_TRUE(passes_with_cache(folder, checks, with_files));
+}
+
+TEST(CacheFaults, NoResponseIsLostOrTornWhenTheDiskIsFull) {
+    const TemporaryFolder folder;
+    const fs::path cache = folder.path() / "cache";
+    fs::create_directory(cache);
+    const auto mount_small = [&] {
+        return unshare(CLONE_NEWNS) == 0 &&
+               mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+               mount("none", cache.c_str(), "tmpfs", 0, "size=512k,mode=0700") == 0;
+    };
+    const pid_t probe = fork();
+    if (probe == 0)
+        _exit(mount_small() ? 0 : 1);
+    int status = -1;
+    waitpid(probe, &status, 0);
+    if (status != 0)
+        GTEST_SKIP() << "mounting a file system is not permitted here";
+
+    const auto checks = [&] {
+        ASSERT_TRUE(mount_small());
+        const auto retrieve_from = [&](const std::string& name, const Bytes& crl) {
+            const std::string url = "file://" + folder.write(name, text_of(crl)).string();
+            EXPECT_EQ(retrieve(url), objects({crl}));
+            return retrieve(url, cached_objects);
+        };
+        const Bytes other = crl_of_day(1, "Other");
+        ASSERT_EQ(retrieve_from("other", other), objects({other}));
+        Bytes kept = large_crl(500, Key::ec(0));
+        ASSERT_EQ(retrieve_from("source", kept), objects({kept}));
+        int faults = 0;
+        int tried = 0;
+        int wrong = 0;
+        // Foreign files leave less and less for a response of some 64 KB.
+        for (int room = 200; room >= 0; room -= 4) {
+            const Bytes next = large_crl(1300 + static_cast<std::uint32_t>(room), Key::ec(0));
+            static_cast<void>(folder.write("cache/filler", ""));
+            const auto free_bytes = fs::space(cache).available;
+            const auto left = static_cast<std::uintmax_t>(room) * 1024;
+            std::ofstream(cache / "filler")
+                << std::string(free_bytes > left ? free_bytes - left : 0, 'x');
+            ++tried;
+            const Retrieved served = retrieve_from("source", next);
+            faults += served == objects({kept});
+            wrong += served != objects({kept}) && served != objects({next});
+            kept = served.objects.empty() ? kept : served.objects[0];
+            wrong += retrieve("file://" + (folder.path() / "other").string(), cached_objects) !=
+                     objects({other});
+        }
+        std::cout << tried << " responses, " << faults
+                  << " of them without room on the disk; the response before was lost or wrong "
+                  << wrong << " times\n";
+        EXPECT_GT(faults, 10);
+        EXPECT_LT(faults, tried - 10);
+        EXPECT_EQ(wrong, 0);
+        EXPECT_TRUE(files_with(cache, ".new").empty());
+    };
+    EXPECT_TRUE(passes_with_cache(folder, checks, with_files));
+}
+
+TEST(CacheFaults, NoFileWithAFaultIsServed) {
+    const TemporaryFolder folder;
+    const fs::path cache = folder.path() / "cache";
+    const auto checks = [&] {
+        const Bytes crl = crl_of_day(1);
+        const std::string url = "file://" + folder.write("source", text_of(crl)).string();
+        ASSERT_EQ(retrieve(url), objects({crl}));
+        const fs::path file = files_with(cache, ".response").at(0);
+        std::ifstream stream(file, std::ios::binary);
+        const std::string whole(std::istreambuf_iterator<char>(stream), {});
+        std::size_t tried = 0;
+        std::size_t wrong = 0;
+        const auto serve = [&](const std::string& content) {
+            fs::remove(file); // since cutting a file down waits for the disk
+            std::ofstream(file, std::ios::binary) << content;
+            // The clock of the files moves in steps that are longer than one of these.
+            const std::array<timespec, 2> times{
+                timespec{.tv_sec = static_cast<time_t>(++tried), .tv_nsec = 0},
+                timespec{.tv_sec = static_cast<time_t>(tried), .tv_nsec = 0}};
+            EXPECT_EQ(utimensat(AT_FDCWD, file.c_str(), times.data(), 0), 0);
+            return retrieve(url, cached_objects);
+        };
+        for (std::size_t bit = 0; bit < whole.size() * 8; ++bit) {
+            std::string flipped = whole;
+            flipped[bit / 8] = static_cast<char>(flipped[bit / 8] ^ (1 << bit % 8));
+            wrong += serve(flipped) != failure(CRYPT_E_NOT_FOUND);
+        }
+        for (std::size_t length = 0; length < whole.size(); ++length)
+            wrong += serve(whole.substr(0, length)) != failure(CRYPT_E_NOT_FOUND);
+        wrong += serve(whole + '\0') != failure(CRYPT_E_NOT_FOUND);
+        std::cout << tried << " files with a bit flipped, cut or too long; " << wrong
+                  << " of them served\n";
+        EXPECT_GT(tried, 9 * crl.size());
+        EXPECT_EQ(wrong, 0);
+        EXPECT_EQ(serve(whole), objects({crl}));
+        // What is broken is made good by the next retrieval.
+        EXPECT_EQ(serve(whole.substr(1)), failure(CRYPT_E_NOT_FOUND));
+        EXPECT_EQ(retrieve(url), objects({crl}));
+        EXPECT_EQ(retrieve(url, cached_objects), objects({crl}));
+    };
+    EXPECT_TRUE(passes_with_cache(folder, checks, with_files));
+}
+
+} // namespace
+} // namespace norvane::testing

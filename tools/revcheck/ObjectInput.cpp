@@ -1,0 +1,117 @@
+#include "ObjectInput.h"
+
+#include "asn1/Certificate.h"
+#include "asn1/CertificateList.h"
+#include "asn1/ControlClass.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <new>
+#include <system_error>
+
+namespace norvane {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// What the runtime has to say about bytes that the platform does not take as a `Tree`.
+template <class Tree>
+std::string decoding_fault(ByteView bytes) {
+    if (GetLastError() == ERROR_NOT_ENOUGH_MEMORY) {
+        throw std::bad_alloc();
+    }
+    ASN1BERDecodeBuffer buffer(bytes.data, bytes.length);
+    Tree tree;
+    ASN1C<Tree> control(buffer, tree);
+    return control.DecodeFrom(buffer) < 0 ? rtErrGetText(buffer.getCtxt()) : "a time in it is none";
+}
+
+void add_object(HCERTSTORE store, const ObjectFile::Object& object, const std::string& name,
+                const FaultSink& faults) {
+    const bool certificate = object.kind == ObjectKind::certificate;
+    const auto add =
+        certificate
+            ? +[](HCERTSTORE to, const BYTE* data, DWORD length) {
+                  return CertAddEncodedCertificateToStore(to, X509_ASN_ENCODING, data, length,
+                                                          CERT_STORE_ADD_USE_EXISTING, nullptr);
+              }
+            : +[](HCERTSTORE to, const BYTE* data, DWORD length) {
+                  return CertAddEncodedCRLToStore(to, X509_ASN_ENCODING, data, length,
+                                                  CERT_STORE_ADD_USE_EXISTING, nullptr);
+              };
+    if (add(store, object.bytes.data, object.bytes.length) == FALSE) {
+        faults(name, certificate ? decoding_fault<ASN1T_Certificate>(object.bytes)
+                                 : decoding_fault<ASN1T_CertificateList>(object.bytes));
+    }
+}
+
+} // namespace
+
+std::vector<std::string> files_at(const std::string& path) {
+    try {
+        if (!fs::exists(path)) {
+            throw InputError("there is no such file or folder");
+        }
+        if (!fs::is_directory(path)) {
+            return {path};
+        }
+        std::vector<std::string> files;
+        for (const fs::directory_entry& entry : fs::directory_iterator(path)) {
+            if (!entry.path().filename().string().starts_with('.') && !entry.is_directory()) {
+                files.push_back(entry.path().string());
+            }
+        }
+        std::ranges::sort(files);
+        return files;
+    } catch (const fs::filesystem_error& error) {
+        throw InputError(error.code().message());
+    }
+}
+
+std::string object_name(const std::string& input, const ObjectFile& file, std::uint32_t number) {
+    const bool several = file.objects().size() + file.faults().size() > 1;
+    return several && number != 0 ? input + "#" + std::to_string(number) : input;
+}
+
+void tell_faults(const std::string& input, const ObjectFile& file, const FaultSink& faults) {
+    for (const ObjectFile::Fault& fault : file.faults()) {
+        faults(object_name(input, file, fault.number), fault.text);
+    }
+}
+
+CertificateHandle make_certificate(const ObjectFile::Object& object, const std::string& name,
+                                   const FaultSink& faults) {
+    CertificateHandle certificate(
+        CertCreateCertificateContext(X509_ASN_ENCODING, object.bytes.data, object.bytes.length));
+    if (certificate == nullptr) {
+        faults(name, decoding_fault<ASN1T_Certificate>(object.bytes));
+    }
+    return certificate;
+}
+
+void add_objects(HCERTSTORE store, const std::string& path, const FaultSink& faults) {
+    std::string name = path;
+    try {
+        for (const std::string& file_name : files_at(path)) {
+            name = file_name;
+            const FileContent content = FileContent::of_file(name);
+            const ObjectFile file(content.bytes());
+            tell_faults(name, file, faults);
+            for (const ObjectFile::Object& object : file.objects()) {
+                add_object(store, object, object_name(name, file, object.number), faults);
+            }
+        }
+    } catch (const InputError& error) {
+        faults(name, error.what());
+    }
+}
+
+StoreHolder make_store() {
+    StoreHolder store(CertOpenStore(CERT_STORE_PROV_MEMORY, 0, 0, 0, nullptr));
+    if (store == nullptr) {
+        throw std::bad_alloc();
+    }
+    return store;
+}
+
+} // namespace norvane

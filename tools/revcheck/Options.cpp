@@ -1,0 +1,84 @@
+#include "Options.h"
+
+#include "HelpText.h"
+#include "Times.h"
+
+#include <CLI/CLI.hpp>
+
+namespace norvane {
+namespace {
+
+void add_paths(CLI::App& app, const char* name, std::vector<std::string>& paths) {
+    app.add_option(name, paths)->allow_extra_args(false)->check([](const std::string& path) {
+        return path.empty() ? "an empty path" : "";
+    });
+}
+
+std::optional<FILETIME> time_option(const std::string& text) {
+    if (text.empty()) {
+        return std::nullopt;
+    }
+    const auto time = parse_time(text);
+    if (!time) {
+        throw UsageError("--time: \"" + text +
+                         "\" is not a time in UTC such as 2026-01-31T09:30:00Z");
+    }
+    return time;
+}
+
+} // namespace
+
+Options parse_options(int argc, const char* const* argv) {
+    Options options;
+    std::string time;
+    DWORD timeout_ms = 0;
+    bool help = false;
+    bool version = false;
+    bool list = false;
+    bool quiet = false;
+    bool json = false;
+
+    CLI::App app;
+    app.set_help_flag();
+    app.add_option("CERT", options.certificates);
+    add_paths(app, "--root", options.root);
+    add_paths(app, "--ca", options.ca);
+    add_paths(app, "--certs", options.certs);
+    add_paths(app, "--crls", options.crls);
+    app.add_option("--issuer", options.issuer);
+    app.add_option("--time", time);
+    CLI::Option* const timeout = app.add_option("--timeout", timeout_ms);
+    app.add_flag("--accumulative", options.accumulative);
+    app.add_flag("--cache-only", options.cache_only);
+    app.add_option("--cache-dir", options.cache_folder);
+    app.add_flag("--strict-pkup", options.strict_pkup);
+    app.add_option("--config", options.configuration_file);
+    app.add_flag("--list", list);
+    CLI::Option* const quiet_flag = app.add_flag("--quiet,-q", quiet);
+    app.add_flag("--json", json)->excludes(quiet_flag);
+    app.add_flag("--help,-h", help);
+    app.add_flag("--version", version);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        throw UsageError(error.what());
+    }
+    if (help || version) {
+        options.text = help ? help_text : version_text;
+        return options;
+    }
+    if (options.certificates.empty()) {
+        throw UsageError("no certificate is named");
+    }
+    options.time = time_option(time);
+    if (timeout->count() != 0) {
+        options.timeout_ms = timeout_ms;
+    }
+    options.grouping = list ? Grouping::list : Grouping::single;
+    options.presentation = quiet  ? Presentation::none
+                           : json ? Presentation::json
+                                  : Presentation::for_people;
+    return options;
+}
+
+} // namespace norvane

@@ -1,0 +1,212 @@
+#include "Run.h"
+
+#include "Configure.h"
+#include "Diagnosis.h"
+
+#include <algorithm>
+
+namespace norvane {
+namespace {
+
+constexpr std::string_view standard_input = "-";
+
+/// There is nobody to tell verdicts to any more.
+struct OutputClosed {};
+
+ExitCode code_of(Status status) noexcept {
+    switch (status) {
+    case Status::good:
+        return ExitCode::all_good;
+    case Status::revoked:
+        return ExitCode::revoked;
+    case Status::no_check:
+        break;
+    }
+    return ExitCode::no_check;
+}
+
+} // namespace
+
+Run::Run(const Options& options, Console& console)
+    : options_(options), console_(console),
+      fault_([this](const std::string& name, const std::string& reason) {
+          console_.complain(name, reason);
+          outcome_.note(ExitCode::bad_input);
+      }),
+      checker_(options, stores_),
+      colour_(Console::output_has_colour() ? Colour::ansi : Colour::plain) {}
+
+ExitCode Run::run() {
+    if (!has_sound_configuration(fault_)) {
+        return ExitCode::bad_input;
+    }
+    try {
+        read_stores();
+        for (const std::string& argument : options_.certificates) {
+            check_input(argument);
+        }
+        check_list();
+    } catch (const OutputClosed&) {
+        console_.complain("", "the output cannot be written");
+        outcome_.note(ExitCode::no_output);
+    }
+    return outcome_.code();
+}
+
+void Run::read_stores() {
+    read_system_store(options_.root, NORVANE_W("Root"));
+    read_system_store(options_.ca, NORVANE_W("CA"));
+    for (const std::string& path : options_.certs) {
+        add_objects(stores_.certs.emplace_back(make_store()).get(), path, fault_);
+    }
+    if (!options_.crls.empty()) {
+        stores_.crls = make_store();
+    }
+    for (const std::string& path : options_.crls) {
+        add_objects(stores_.crls.get(), path, fault_);
+    }
+    if (!options_.issuer.empty()) {
+        read_issuer();
+    }
+}
+
+/// The platform reads the store and passes over what it cannot read; here it is told.
+void Run::read_system_store(const std::vector<std::string>& paths, const WCHAR* name) {
+    if (paths.empty()) {
+        return;
+    }
+    for (const std::string& path : paths) {
+        try {
+            static_cast<void>(files_at(path));
+        } catch (const InputError& error) {
+            fault_(path, error.what());
+        }
+    }
+    const auto tell = [](LPCSTR file, LPCSTR reason, void* argument) -> BOOL {
+        (*static_cast<const FaultSink*>(argument))(file, reason);
+        return TRUE;
+    };
+    static_cast<void>(NorvaneEnumSkippedStoreFiles(name, tell, const_cast<FaultSink*>(&fault_)));
+}
+
+void Run::read_issuer() {
+    const std::string& name = options_.issuer;
+    try {
+        const FileContent content = FileContent::of_file(name);
+        const ObjectFile file(content.bytes());
+        tell_faults(name, file, fault_);
+        const auto is_certificate = [](const ObjectFile::Object& object) {
+            return object.kind == ObjectKind::certificate;
+        };
+        const auto count = std::ranges::count_if(file.objects(), is_certificate);
+        if (count == 1) {
+            stores_.issuer = make_certificate(*std::ranges::find_if(file.objects(), is_certificate),
+                                              name, fault_);
+        } else if (file.faults().empty()) {
+            fault_(name, "holds " + std::to_string(count) + " certificates; a hint is one");
+        }
+    } catch (const InputError& error) {
+        fault_(name, error.what());
+    }
+}
+
+void Run::check_input(const std::string& argument) {
+    std::string name = argument;
+    try {
+        if (argument == standard_input) {
+            check_file(name, FileContent::of_standard_input(), false);
+            return;
+        }
+        const std::vector<std::string> files = files_at(argument);
+        const bool from_folder = files.size() != 1 || files.front() != argument;
+        for (const std::string& file : files) {
+            name = file;
+            check_file(name, FileContent::of_file(name), from_folder);
+        }
+    } catch (const InputError& error) {
+        fault_(name, error.what());
+    }
+}
+
+void Run::check_file(const std::string& name, const FileContent& content, bool from_folder) {
+    const ObjectFile file(content.bytes());
+    tell_faults(name, file, fault_);
+    bool has_certificate = false;
+    for (const ObjectFile::Object& object : file.objects()) {
+        if (object.kind != ObjectKind::certificate) {
+            continue;
+        }
+        has_certificate = true;
+        std::string each = object_name(name, file, object.number);
+        if (auto context = make_certificate(object, each, fault_)) {
+            take({std::move(each), std::move(context)});
+        }
+    }
+    if (!has_certificate && file.faults().empty() && !from_folder) {
+        fault_(name, "there is no certificate in it, only CRLs");
+    }
+}
+
+void Run::take(Held certificate) {
+    if (options_.grouping == Grouping::list) {
+        list_.push_back(std::move(certificate));
+        return;
+    }
+    console_.begin("checking " + certificate.name);
+    const PCCERT_CONTEXT context = certificate.context.get();
+    const CallResult result = checker_.check({&context, 1});
+    tell({certificate.name, context}, result.verdict);
+    console_.end();
+}
+
+/// Those before the last one looked at are good, and all that is known about them is that.
+void Run::check_list() {
+    if (list_.empty()) {
+        return;
+    }
+    std::vector<PCCERT_CONTEXT> contexts;
+    for (const Held& each : list_) {
+        contexts.push_back(each.context.get());
+    }
+    console_.begin("checking " + std::to_string(list_.size()) + " certificates");
+    const CallResult result = checker_.check(contexts);
+    Verdict good;
+    good.status = Status::good;
+    good.time = result.verdict.time;
+    for (std::size_t i = 0; i < result.index; ++i) {
+        tell({list_[i].name, contexts[i]}, good);
+    }
+    tell({list_[result.index].name, contexts[result.index]}, result.verdict);
+    console_.end();
+    const std::size_t unseen = list_.size() - result.index - 1;
+    if (unseen != 0 && options_.presentation == Presentation::for_people) {
+        write("\nnot looked at: the " + std::to_string(unseen) + " behind it in the list\n");
+    }
+}
+
+void Run::tell(const CheckedCertificate& certificate, const Verdict& verdict) {
+    outcome_.note(code_of(verdict.status));
+    switch (options_.presentation) {
+    case Presentation::none:
+        break;
+    case Presentation::json:
+        write(report_as_json(certificate, verdict));
+        break;
+    case Presentation::for_people:
+        std::vector<std::string> reasons;
+        if (verdict.status == Status::no_check) {
+            reasons = diagnose(certificate.context, verdict, options_, stores_);
+        }
+        write((told_ ? "\n" : "") + report_for_people(certificate, verdict, reasons, colour_));
+        told_ = true;
+        break;
+    }
+}
+
+void Run::write(const std::string& text) {
+    if (!console_.write(text)) {
+        throw OutputClosed();
+    }
+}
+
+} // namespace norvane

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "Checker.h"
+#include "Console.h"
+#include "ExitCode.h"
+#include "Options.h"
+#include "Report.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace norvane {
+
+/// One run of the program: reads the stores, then the certificates one after the other, and tells
+/// each verdict as soon as it is there.
+class Run {
+  public:
+    /// The options must outlive the run.
+    Run(const Options& options, Console& console);
+
+    [[nodiscard]] ExitCode run();
+
+  private:
+    struct Held {
+        std::string name;
+        CertificateHandle context;
+    };
+
+    void read_stores();
+    void read_system_store(const std::vector<std::string>& paths, const WCHAR* name);
+    void read_issuer();
+    void check_input(const std::string& argument);
+    void check_file(const std::string& name, const FileContent& content, bool from_folder);
+    void take(Held certificate);
+    void check_list();
+    void tell(const CheckedCertificate& certificate, const Verdict& verdict);
+    void write(const std::string& text);
+
+    const Options& options_;
+    Console& console_;
+    Outcome outcome_;
+    const FaultSink fault_;
+    Stores stores_;
+    Checker checker_;
+    const Colour colour_;
+    bool told_ = false;      ///< Something was told to people.
+    std::vector<Held> list_; ///< What is to be checked in one call.
+};
+
+} // namespace norvane

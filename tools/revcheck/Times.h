@@ -1,0 +1,31 @@
+#pragma once
+
+#include <norvane/wincrypt.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace norvane {
+
+/// The moment in UTC after ISO 8601, in whole seconds: "2026-01-31T09:30:00Z".
+[[nodiscard]] std::string time_text(const FILETIME& time);
+
+/// Nothing for the zero that stands for an absent time.
+[[nodiscard]] bool is_set(const FILETIME& time) noexcept;
+
+/// Reads a date-time of RFC 3339 5.6 in UTC, that is, with "Z" or an offset of zero. Fractions of a
+/// second are dropped. Nothing if the text is none, or a moment before 1601.
+[[nodiscard]] std::optional<FILETIME> parse_time(std::string_view text);
+
+/// The present moment.
+[[nodiscard]] FILETIME now();
+
+/// -1, 0 or 1 as `a` is before, at or after `b`.
+[[nodiscard]] int compare(const FILETIME& a, const FILETIME& b) noexcept;
+
+/// A length of time in the two largest units that say something: "3 days 4 hours".
+[[nodiscard]] std::string duration_text(std::uint32_t seconds);
+
+} // namespace norvane

@@ -158,9 +158,12 @@ std::optional<CacheEntry> decode_cache_entry(std::span<const std::uint8_t> file)
     return read_parts(content, entry.parts) ? std::optional(std::move(entry)) : std::nullopt;
 }
 
+std::string retrieval_key(ObjectKind kind, std::string_view url) {
+    return std::string(kind == ObjectKind::certificate ? "certificate " : "crl ").append(url);
+}
+
 std::string cache_file_name(ObjectKind kind, std::string_view url) {
-    const std::string_view prefix = kind == ObjectKind::certificate ? "certificate " : "crl ";
-    return to_hex(Digester().add(prefix).add(url).finish()).append(cache_file_ending);
+    return to_hex(Digester().add(retrieval_key(kind, url)).finish()).append(cache_file_ending);
 }
 
 } // namespace norvane

@@ -59,6 +59,10 @@ struct CacheEntry {
 /// Reads a file, whose bytes the parts of the entry view. Nothing if it is none.
 [[nodiscard]] std::optional<CacheEntry> decode_cache_entry(std::span<const std::uint8_t> file);
 
+/// What is retrieved, as one text: the kind and the URL. Each kind has a response of its own, so
+/// that one cannot displace the other.
+[[nodiscard]] std::string retrieval_key(ObjectKind kind, std::string_view url);
+
 /// The file for a URL and a kind: 64 hexadecimal digits and an ending.
 [[nodiscard]] std::string cache_file_name(ObjectKind kind, std::string_view url);
 inline constexpr std::string_view cache_file_ending = ".response";

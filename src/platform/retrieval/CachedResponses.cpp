@@ -75,14 +75,18 @@ CachedResponses& CachedResponses::instance() {
 
 ResponsePtr CachedResponses::find(ObjectKind kind, std::string_view url) {
     const CacheFolder& folder = CacheFolder::instance();
-    const std::string name = cache_file_name(kind, url);
-    const std::string path = folder.path_of(name);
+    const std::string key = retrieval_key(kind, url);
+    std::shared_ptr<Slot> known = known_slot(key);
+    const std::string path =
+        known != nullptr ? known->path : folder.path_of(cache_file_name(kind, url));
     struct stat status {};
     if (path.empty() || lstat(path.c_str(), &status) != 0) {
-        forget(name);
+        forget(key);
         return nullptr;
     }
-    const std::shared_ptr<Slot> known = slot(name);
+    if (known == nullptr) {
+        known = slot(key, path);
+    }
     ResponsePtr response;
     std::uint64_t growth = 0;
     {
@@ -113,7 +117,8 @@ void CachedResponses::keep(const CacheEntry& entry, ResponsePtr response) {
     if (!identity) {
         return;
     }
-    const std::shared_ptr<Slot> known = slot(name);
+    const std::shared_ptr<Slot> known =
+        slot(retrieval_key(entry.kind, entry.url), CacheFolder::instance().path_of(name));
     {
         const std::lock_guard lock(known->mutex);
         known->identity = *identity;
@@ -122,18 +127,25 @@ void CachedResponses::keep(const CacheEntry& entry, ResponsePtr response) {
     note_growth(identity->size + response_overhead);
 }
 
-std::shared_ptr<CachedResponses::Slot> CachedResponses::slot(const std::string& name) {
+std::shared_ptr<CachedResponses::Slot> CachedResponses::known_slot(const std::string& key) {
     const std::lock_guard lock(mutex_);
-    std::shared_ptr<Slot>& known = slots_[name];
+    const auto known = slots_.find(key);
+    return known == slots_.end() ? nullptr : known->second;
+}
+
+std::shared_ptr<CachedResponses::Slot> CachedResponses::slot(const std::string& key,
+                                                             const std::string& path) {
+    const std::lock_guard lock(mutex_);
+    std::shared_ptr<Slot>& known = slots_[key];
     if (known == nullptr) {
-        known = std::make_shared<Slot>();
+        known = std::make_shared<Slot>(path);
     }
     return known;
 }
 
-void CachedResponses::forget(const std::string& name) {
+void CachedResponses::forget(const std::string& key) {
     const std::lock_guard lock(mutex_);
-    slots_.erase(name);
+    slots_.erase(key);
 }
 
 /// From time to time drops the responses whose files have gone or changed, since nobody may ever

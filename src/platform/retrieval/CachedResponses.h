@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_map>
+#include <utility>
 
 namespace norvane {
 
@@ -29,18 +30,22 @@ class CachedResponses {
 
   private:
     struct Slot {
+        explicit Slot(std::string file) : path(std::move(file)) {}
+
+        const std::string path;
         std::mutex mutex;
         FileIdentity identity;
         ResponsePtr response;
     };
 
-    [[nodiscard]] std::shared_ptr<Slot> slot(const std::string& name);
-    void forget(const std::string& name);
+    [[nodiscard]] std::shared_ptr<Slot> known_slot(const std::string& key);
+    [[nodiscard]] std::shared_ptr<Slot> slot(const std::string& key, const std::string& path);
+    void forget(const std::string& key);
     void note_growth(std::uint64_t size);
 
     std::mutex mutex_; ///< Held for a moment, or for the drop of what has no file any more.
-    std::unordered_map<std::string, std::shared_ptr<Slot>> slots_;
-    std::uint64_t growth_bytes_ = 0; ///< since the last drop
+    std::unordered_map<std::string, std::shared_ptr<Slot>> slots_; ///< By kind and URL.
+    std::uint64_t growth_bytes_ = 0;                               ///< since the last drop
 };
 
 } // namespace norvane

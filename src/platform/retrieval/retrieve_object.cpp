@@ -123,8 +123,7 @@ RetrievalOutcome retrieve(std::string_view url, ObjectKind kind, DWORD flags, DW
         timeout = fallback_timeout;
     }
     const std::string text(url);
-    return share_flight((kind == ObjectKind::crl ? "crl " : "certificate ") + text,
-                        Deadline::Clock::now() + timeout,
+    return share_flight(retrieval_key(kind, url), Deadline::Clock::now() + timeout,
                         [scheme = *scheme, kind, text](const Deadline& deadline) {
                             return retrieve_from_server(scheme, kind, text, deadline);
                         });

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <variant>
 
@@ -17,8 +19,22 @@ struct FileFault {
     std::string text;
 };
 
+/// The octets of a file in a block of their own.
+struct FileBytes {
+    std::unique_ptr<std::uint8_t[]> octets;
+    std::size_t size = 0;
+};
+
+/// Is shown a block of memory before it is filled.
+using PrepareBlock = void (*)(void* block, std::size_t size);
+
 /// Reads a whole regular file of at most `max_size` bytes. Never waits: a pipe or a device is a
 /// fault.
+[[nodiscard]] std::variant<FileBytes, FileAbsent, FileFault>
+read_file_bytes(const std::filesystem::path& path, std::size_t max_size,
+                PrepareBlock prepare = nullptr);
+
+/// The same as text.
 [[nodiscard]] std::variant<std::string, FileAbsent, FileFault>
 read_file_text(const std::filesystem::path& path, std::size_t max_size);
 

@@ -1,5 +1,6 @@
 #include "platform/store/NamedStore.h"
 
+#include "asn1/LargePages.h"
 #include "platform/config/FileText.h"
 #include "platform/store/ObjectFile.h"
 
@@ -34,15 +35,14 @@ class StoreReader {
                                             : std::generic_category().message(file.error));
             return;
         }
-        const auto outcome = read_file_text(file.path, max_object_file_size);
-        const auto* const text = std::get_if<std::string>(&outcome);
-        if (text == nullptr) {
+        const auto outcome = read_file_bytes(file.path, max_object_file_size, prefer_large_pages);
+        const auto* const bytes = std::get_if<FileBytes>(&outcome);
+        if (bytes == nullptr) {
             const auto* const fault = std::get_if<FileFault>(&outcome);
             skip(file, fault == nullptr ? "the file has gone" : fault->text);
             return;
         }
-        const ObjectFile objects({reinterpret_cast<const std::uint8_t*>(text->data()),
-                                  static_cast<std::uint32_t>(text->size())});
+        const ObjectFile objects({bytes->octets.get(), static_cast<std::uint32_t>(bytes->size)});
         several_ = objects.objects().size() + objects.faults().size() > 1;
         for (const ObjectFile::Fault& fault : objects.faults()) {
             skip(file, numbered(fault.number, fault.text));

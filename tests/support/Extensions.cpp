@@ -80,7 +80,8 @@ Bytes freshest_crl(const std::vector<DistributionPoint>& points) {
 
 Bytes issuing_distribution_point(const IssuingDistributionPoint& point) {
     return extension("2.5.29.28", Critical::yes,
-                     sequence(point_name(point), flag(2, point.only_ca_certificates),
+                     sequence(point_name(point), flag(1, point.only_user_certificates),
+                              flag(2, point.only_ca_certificates),
                               optional_reasons(3, point.only_some_reasons),
                               flag(4, point.indirect)));
 }

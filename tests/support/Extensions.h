@@ -47,6 +47,7 @@ struct DistributionPoint {
 struct IssuingDistributionPoint {
     std::vector<Bytes> full_name = {};
     std::vector<Attribute> relative_name = {};
+    bool only_user_certificates = false;
     bool only_ca_certificates = false;
     std::optional<Bits> only_some_reasons = {};
     bool indirect = false;

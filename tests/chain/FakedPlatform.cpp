@@ -1,0 +1,98 @@
+#include "FakedPlatform.h"
+
+#include "platform/StoreMaterial.h"
+
+#include <algorithm>
+
+namespace norvane::testing {
+
+FakedPlatform faked;
+
+namespace {
+
+Bytes encoding_of(PCCERT_CONTEXT context) {
+    return {context->pbCertEncoded, context->pbCertEncoded + context->cbCertEncoded};
+}
+
+} // namespace
+} // namespace norvane::testing
+
+using namespace norvane::testing;
+
+extern "C" {
+decltype(CryptRetrieveObjectByUrlA)
+    faked_CryptRetrieveObjectByUrlA __asm__("__wrap_norvane_CryptRetrieveObjectByUrlA");
+decltype(CertVerifyRevocation)
+    faked_CertVerifyRevocation __asm__("__wrap_norvane_CertVerifyRevocation");
+decltype(CertCreateCRLContext)
+    faked_CertCreateCRLContext __asm__("__wrap_norvane_CertCreateCRLContext");
+decltype(CertCreateCRLContext)
+    real_CertCreateCRLContext __asm__("__real_norvane_CertCreateCRLContext");
+decltype(GetSystemTime) faked_GetSystemTime __asm__("__wrap_norvane_GetSystemTime");
+decltype(GetSystemTime) real_GetSystemTime __asm__("__real_norvane_GetSystemTime");
+
+BOOL faked_CryptRetrieveObjectByUrlA(LPCSTR url, LPCSTR kind, DWORD flags, DWORD timeout,
+                                     LPVOID* object, HCRYPTASYNC async, PCRYPT_CREDENTIALS user,
+                                     LPVOID verify, PCRYPT_RETRIEVE_AUX_INFO aux) noexcept {
+    EXPECT_EQ(std::tuple(async, user, verify, aux), std::tuple(nullptr, nullptr, nullptr, nullptr));
+    faked.retrievals.push_back({url, flags, timeout, kind});
+    if (faked.clock)
+        *faked.clock += faked.retrieval_takes;
+    const auto& source = (flags & CRYPT_CACHE_ONLY_RETRIEVAL) != 0 ? faked.cached : faked.served;
+    const auto found = source.find(url);
+    if (found == source.end()) {
+        SetLastError(ERROR_TIMEOUT);
+        return FALSE;
+    }
+    const OpenStore store = OpenStore::memory();
+    for (const Bytes& encoded : found->second)
+        EXPECT_TRUE(kind == CONTEXT_OID_CRL ? store.add_crl(encoded) : store.add(encoded));
+    *object = CertDuplicateStore(store.get());
+    faked.is_reading = true;
+    return TRUE;
+}
+
+BOOL faked_CertVerifyRevocation(DWORD encoding, DWORD type, DWORD count, PVOID contexts[],
+                                DWORD flags, PCERT_REVOCATION_PARA para,
+                                PCERT_REVOCATION_STATUS status) noexcept {
+    EXPECT_EQ(std::tuple(encoding, type, count, para->cbSize, status->cbSize),
+              std::tuple(0x10001U, 1U, 1U, 96U, 24U));
+    Question& question = faked.questions.emplace_back();
+    question.subject = encoding_of(static_cast<PCCERT_CONTEXT>(contexts[0]));
+    question.issuer = encoding_of(para->pIssuerCert);
+    question.flags = flags;
+    question.timeout = para->dwUrlRetrievalTimeout;
+    question.crls = OpenStore(CertDuplicateStore(para->hCrlStore)).crls();
+    EXPECT_TRUE(FileTimeToSystemTime(para->pftTimeToUse, &question.time));
+    for (DWORD i = 0; i < para->cCertStore; ++i)
+        question.cert_stores.push_back(
+            OpenStore(CertDuplicateStore(para->rgCertStore[i])).certificates());
+    if (faked.clock)
+        *faked.clock += faked.question_takes;
+    const auto found =
+        std::ranges::find(faked.answers, question.subject, &std::pair<Bytes, Answer>::first);
+    const Answer answer = found == faked.answers.end() ? Answer() : found->second;
+    status->dwError = answer.error;
+    status->dwReason = answer.reason;
+    return answer.error == 0;
+}
+
+PCCRL_CONTEXT faked_CertCreateCRLContext(DWORD encoding, const BYTE* bytes, DWORD size) noexcept {
+    return faked.refuses_crl_contexts ? nullptr : real_CertCreateCRLContext(encoding, bytes, size);
+}
+
+void faked_GetSystemTime(LPSYSTEMTIME fields) noexcept {
+    if (!faked.clock) {
+        real_GetSystemTime(fields);
+        return;
+    }
+    constexpr std::int64_t start = 134'000'000'000'000'000; // in 2025
+    constexpr std::int64_t ticks_per_millisecond = 10'000;
+    const auto ticks = static_cast<std::uint64_t>(start + *faked.clock * ticks_per_millisecond);
+    const FILETIME time{static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
+    EXPECT_TRUE(FileTimeToSystemTime(&time, fields));
+    if (faked.is_reading)
+        *faked.clock += faked.reading_takes;
+    faked.is_reading = false;
+}
+}

@@ -122,6 +122,11 @@ constexpr Description descriptions[] = {
     {CRYPT_E_ASN1_UTF8, "ASN.1: the UTF-8 text is not well formed."},
     {CRYPT_E_ASN1_EXTENDED, "ASN.1: unknown extensions were skipped."},
     {CRYPT_E_ASN1_NOEOD, "ASN.1: more data follows the value."},
+
+    {HTTP_E_STATUS_FIRST + 403, "The server does not permit access: status 403 of HTTP."},
+    {HTTP_E_STATUS_FIRST + 404, "The server does not have the resource: status 404 of HTTP."},
+    {HTTP_E_STATUS_FIRST + 500, "The server has an internal error: status 500 of HTTP."},
+    {HTTP_E_STATUS_FIRST + 503, "The server is not available: status 503 of HTTP."},
 };
 static_assert(std::ranges::adjacent_find(descriptions, std::ranges::greater_equal{},
                                          &Description::code) == std::end(descriptions));

@@ -9,8 +9,9 @@ namespace {
 
 constexpr std::string_view magic = "NRVNURL1";
 /// What stands before the digest of the header.
-constexpr std::size_t fixed_length = magic.size() + 6 * 4 + 2 * 8 + sizeof(Digest);
-constexpr std::size_t mark_length = sizeof(Digest) + 8;
+constexpr std::size_t fixed_length =
+    magic.size() + 6 * sizeof(std::uint32_t) + 2 * sizeof(std::uint64_t) + sizeof(Digest);
+constexpr std::size_t mark_length = sizeof(Digest) + sizeof(std::uint64_t);
 
 template <std::unsigned_integral Number>
 void put(std::string& out, Number number) {

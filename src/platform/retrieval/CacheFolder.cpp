@@ -44,8 +44,8 @@ bool write_all(int file, std::string_view text) {
     return write_all(file, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
 }
 
-bool write_entry(int file, const CacheEntry& entry) {
-    if (!write_all(file, encode_cache_header(entry))) {
+bool write_entry(int file, std::string_view header, const CacheEntry& entry) {
+    if (!write_all(file, header)) {
         return false;
     }
     for (const ByteView part : entry.parts) {
@@ -101,7 +101,12 @@ bool CacheFolder::is_usable() const {
 
 std::optional<FileIdentity> CacheFolder::write(std::string_view name,
                                                const CacheEntry& entry) const {
-    if (path_.empty()) {
+    const std::string header = encode_cache_header(entry);
+    std::uint64_t size = header.size();
+    for (const ByteView part : entry.parts) {
+        size += sizeof(std::uint32_t) + part.length;
+    }
+    if (path_.empty() || size > size_limit_) {
         return std::nullopt;
     }
     make_folders(path_);
@@ -119,8 +124,7 @@ std::optional<FileIdentity> CacheFolder::write(std::string_view name,
         if (file.number() < 0) {
             return std::nullopt;
         }
-        if (!write_entry(file.number(), entry) || fstat(file.number(), &status) != 0 ||
-            static_cast<std::uint64_t>(status.st_size) > size_limit_ ||
+        if (!write_entry(file.number(), header, entry) || fstat(file.number(), &status) != 0 ||
             renameat(folder.number(), temporary.c_str(), folder.number(), target.c_str()) != 0) {
             unlinkat(folder.number(), temporary.c_str(), 0);
             return std::nullopt;

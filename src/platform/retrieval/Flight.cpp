@@ -2,11 +2,11 @@
 
 #include <condition_variable>
 #include <csignal>
+#include <exception>
 #include <memory>
 #include <mutex>
 #include <new>
 #include <optional>
-#include <system_error>
 #include <thread>
 #include <unordered_map>
 #include <utility>
@@ -109,11 +109,12 @@ class SignalBlock {
     sigset_t before_{};
 };
 
-void start(const std::string& key, const std::shared_ptr<Flight>& flight, Retrieve retrieve) {
+void start(const std::string& key, const std::shared_ptr<Flight>& flight,
+           const Retrieve& retrieve) {
     try {
         const SignalBlock block;
         std::thread([key, flight, retrieve] { fly(key, flight, retrieve); }).detach();
-    } catch (const std::system_error&) {
+    } catch (const std::exception&) {
         // There can be no thread: then without one.
         fly(key, flight, retrieve);
     }
@@ -122,18 +123,24 @@ void start(const std::string& key, const std::shared_ptr<Flight>& flight, Retrie
 } // namespace
 
 RetrievalOutcome share_flight(const std::string& key, Deadline::Clock::time_point end,
-                              Retrieve retrieve) {
-    const Flights::Joined joined = Flights::instance().join(key, end);
-    if (joined.flight == nullptr) {
-        return {ERROR_TIMEOUT, nullptr};
+                              const Retrieve& retrieve) {
+    for (;;) {
+        const Flights::Joined joined = Flights::instance().join(key, end);
+        if (joined.flight == nullptr) {
+            return {ERROR_TIMEOUT, nullptr};
+        }
+        Flight& flight = *joined.flight;
+        if (joined.is_new) {
+            start(key, joined.flight, retrieve);
+        }
+        std::unique_lock lock(flight.mutex);
+        flight.landed.wait_until(lock, end, [&] { return flight.outcome.has_value(); });
+        auto outcome = flight.outcome.value_or(RetrievalOutcome{ERROR_TIMEOUT, nullptr});
+        // The time of whoever began may have run out before this caller's.
+        if (outcome.error != ERROR_TIMEOUT || joined.is_new || Deadline::Clock::now() >= end) {
+            return outcome;
+        }
     }
-    Flight& flight = *joined.flight;
-    if (joined.is_new) {
-        start(key, joined.flight, std::move(retrieve));
-    }
-    std::unique_lock lock(flight.mutex);
-    flight.landed.wait_until(lock, end, [&] { return flight.outcome.has_value(); });
-    return flight.outcome.value_or(RetrievalOutcome{ERROR_TIMEOUT, nullptr});
 }
 
 } // namespace norvane

@@ -20,6 +20,6 @@ struct RetrievalOutcome {
 /// alone: the next caller starts another. Throws std::bad_alloc.
 [[nodiscard]] RetrievalOutcome
 share_flight(const std::string& key, Deadline::Clock::time_point end,
-             std::function<RetrievalOutcome(const Deadline&)> retrieve);
+             const std::function<RetrievalOutcome(const Deadline&)>& retrieve);
 
 } // namespace norvane

@@ -4,6 +4,7 @@
 #include <array>
 #include <limits>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string_view>
 #include <sys/time.h>
@@ -68,6 +69,15 @@ timeval to_timeval(std::chrono::milliseconds time) {
     const auto seconds = std::chrono::floor<std::chrono::seconds>(time);
     return {.tv_sec = seconds.count(),
             .tv_usec = std::chrono::microseconds(time - seconds).count()};
+}
+
+/// libldap sets itself up at its first call, and does not keep other threads out meanwhile.
+void start_libldap() {
+    static std::once_flag once;
+    std::call_once(once, [] {
+        int level = 0;
+        ldap_get_option(nullptr, LDAP_OPT_DEBUG_LEVEL, &level);
+    });
 }
 
 /// One search without a bind, which makes it an anonymous one (RFC 4511 4.2).
@@ -227,6 +237,9 @@ class LdapSearch {
 
 } // namespace
 
-FetchOutcome fetch_ldap(const FetchRequest& request) { return LdapSearch(request).run(); }
+FetchOutcome fetch_ldap(const FetchRequest& request) {
+    start_libldap();
+    return LdapSearch(request).run();
+}
 
 } // namespace norvane

@@ -1,14 +1,15 @@
 #include "asn1/ElementExtent.h"
 
 #include "asn1/BerHeader.h"
-#include "asn1/Reader.h"
+
+#include <utility>
 
 namespace norvane {
 
 int xd_element(ASN1CTXT& ctxt, ByteView& element) {
     const ByteView input = ctxt.unread;
     const std::uint8_t* at = input.begin();
-    unsigned open = 0; // elements of indefinite length whose end is still to come
+    std::uint32_t open = 0; // elements of indefinite length whose end is still to come
     do {
         if (open != 0 && input.end() - at >= 2 && at[0] == 0 && at[1] == 0) {
             at += 2;
@@ -20,11 +21,7 @@ int xd_element(ASN1CTXT& ctxt, ByteView& element) {
         if (!read_ber_header(input, at, input.end(), header, failure)) {
             return rtErrSetData(ctxt, std::move(failure));
         }
-        if (header.indefinite && ++open > max_nesting) {
-            return rtErrSetData(ctxt, ber_failure(ASN1Status::nested_too_deeply, input, at,
-                                                  std::to_string(max_nesting) + " levels at most",
-                                                  "one more"));
-        }
+        open += header.indefinite ? 1 : 0;
         at = header.content + header.length;
     } while (open != 0);
     element = {input.begin(), static_cast<std::uint32_t>(at - input.begin())};

@@ -35,9 +35,6 @@ class SaxParser {
     }
 
   private:
-    /// What the last tag did, which tells content from white space between elements.
-    enum class LastTag : std::uint8_t { none, started, ended };
-
     void step() {
         if (depth_ != 0) {
             content();
@@ -57,7 +54,6 @@ class SaxParser {
             refuse("elements are nested too deeply");
         }
         open_[depth_++] = name;
-        last_tag_ = LastTag::started;
         if (!handler_.startElement(name)) {
             refuse("the element is not expected here");
         }
@@ -69,7 +65,6 @@ class SaxParser {
             refuse("the tag closes no element that is open");
         }
         --depth_;
-        last_tag_ = LastTag::ended;
         if (!handler_.endElement(name)) {
             refuse("the element is incomplete");
         }
@@ -88,8 +83,7 @@ class SaxParser {
     void content() {
         const std::string_view run = rest_.substr(0, rest_.find('<'));
         const std::string_view space = take_while(is_space);
-        if (space.size() == run.size() &&
-            (last_tag_ == LastTag::ended || !rest_.starts_with("</"))) {
+        if (space.size() == run.size()) {
             return;
         }
         if (run.find('&') != std::string_view::npos) {
@@ -182,7 +176,6 @@ class SaxParser {
     SaxHandler& handler_;
     std::array<std::string_view, max_xer_nesting> open_;
     std::size_t depth_ = 0;
-    LastTag last_tag_ = LastTag::none;
 };
 
 } // namespace

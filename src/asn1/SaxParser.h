@@ -31,7 +31,7 @@ class SaxHandler {
     /// A text begins; whatever was learnt from an earlier one is forgotten.
     virtual void init() = 0;
     [[nodiscard]] virtual bool startElement(std::string_view name) = 0;
-    /// All the text between two tags. White space between elements is not told.
+    /// All the text between two tags. Text that is nothing but white space is not told.
     [[nodiscard]] virtual bool characters(std::string_view text) = 0;
     /// The end of the element that was started last and has not ended.
     [[nodiscard]] virtual bool endElement(std::string_view name) = 0;

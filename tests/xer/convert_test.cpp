@@ -44,6 +44,9 @@ TEST(ConvertKey, TellsWrongTagsFromWrongBase64BeforeItReadsParameters) {
         {key_text + "\n", untouched},
         {key_text + std::string(1, '\0'), untouched},
         {" " + key_text, untouched},
+        {replaced(key_text, "<", "["), untouched},
+        {replaced(key_text, ">QU", "]QU"), untouched},
+        {key_text.substr(0, key_text.size() - 1) + "]", untouched},
         {other + "QUJD" + closing, untouched},
         {opening + "QUJD" + replaced(closing, "String", "Strinq"), untouched},
         {opening + "QUJD</ " + closing.substr(2), untouched},
@@ -91,7 +94,8 @@ TEST(ConvertKey, RefusesAnythingElseInParameters) {
                                       parameters_text.substr(0, parameters_text.size() - 1)};
     for (const char* front :
          {"x", "\xEF\xBB\xBF", "<!DOCTYPE x>", "<!-- -->", "<?pi?>", R"( <?xml version="1.0"?>)",
-          R"(<?xml version="2.0"?>)", R"(<?xml version="1.0' ?>)", R"(<?xml version=""?>)",
+          R"(<?xml version="2.0"?>)", R"(<?xml version="1.0' ?>)",
+          R"(<?xml version="1.0" encoding=""?>)", "</x>",
           R"(<?xml version="1.0"encoding="UTF-8"?>)", R"(<?xml version="1.0" standalone="maybe"?>)",
           R"(<?xml version="1.0" encoding="-"?>)", R"(<?xmlversion="1.0"?>)",
           R"(<?xml version="1.0")"}) {
@@ -105,7 +109,7 @@ TEST(ConvertKey, RefusesAnythingElseInParameters) {
     const std::string set = "<encryptionParamSet>1.2</encryptionParamSet>";
     const std::string digest = "<digestParamSet>1.2.643.2.2.30.1</digestParamSet>";
     const std::pair<std::string, std::string> replacements[] = {
-        {"<digest", "x<digest"},
+        {root_end, "1.2" + root_end},
         {"<digest", "<!-- --><digest"},
         {"<digestParamSet>", "<digestParamSet >"},
         {"<digestParamSet>", "<digestParamSet a='b'>"},

@@ -46,7 +46,7 @@ void Console::complain(std::string_view subject, std::string_view text) {
     std::fputs(line.c_str(), stderr);
 }
 
-void Console::begin(std::string text) {
+void Console::begin(std::string_view text) {
     if (!on_terminal_) {
         return;
     }

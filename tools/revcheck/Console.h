@@ -27,7 +27,7 @@ class Console {
 
     /// Something has begun that may take its time. Once a second the terminal shows what is going
     /// on then, and since when; so work that is quickly done shows nothing.
-    void begin(std::string text);
+    void begin(std::string_view text);
     /// It has ended.
     void end();
 

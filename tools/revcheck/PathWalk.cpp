@@ -8,6 +8,7 @@
 #include "items/CRLItem.h"
 #include "items/CertificateItem.h"
 #include "values/EncodeValue.h"
+#include "values/ObjectIdentifierText.h"
 
 #include <algorithm>
 #include <memory>
@@ -18,6 +19,8 @@ namespace {
 
 /// Paths in use have a handful of steps; this ends a ring.
 constexpr int max_steps = 16;
+
+constexpr const char* id_ad_ca_issuers = "1.3.6.1.5.5.7.48.2"; // RFC 5280 4.2.2.1
 
 constexpr std::uint32_t crl_sign_bit = 6; // Of KeyUsage, RFC 5280 4.2.1.3.
 
@@ -148,26 +151,36 @@ class Walk {
         }
     }
 
+    /// A key identifier in the certificate counts alone, as it does for the decision.
+    static bool may_be_issuer(const Certificate& candidate, const Certificate& certificate) {
+        const CACMPT_BLOB& key = certificate.item.authority_key_id();
+        return key.length != 0
+                   ? candidate.item.subject_key_identifier() == key
+                   : names_equal(candidate.item.subject_name(), certificate.item.issuer_name());
+    }
+
     /// The certificates that may have issued this one; says what is missing if there are none.
     Certificates find_issuers(const Certificate& certificate) {
         Certificates named;
         const auto look_at = [&](PCCERT_CONTEXT each) {
             auto candidate = std::make_unique<Certificate>(each);
-            if (holds([&] {
-                    return names_equal(candidate->item.subject_name(),
-                                       certificate.item.issuer_name());
-                })) {
+            if (holds([&] { return may_be_issuer(*candidate, certificate); })) {
                 named.push_back(std::move(candidate));
             }
         };
         if (around_.issuer != nullptr) {
             look_at(around_.issuer);
         }
-        for (const HCERTSTORE store : around_.certs) {
+        for (HCERTSTORE store : around_.certs) {
             for_each_certificate(store, look_at);
         }
         if (named.empty()) {
-            say("no certificate of " + certificate.issuer() + " is in the stores");
+            const CACMPT_BLOB& key = certificate.item.authority_key_id();
+            say("no certificate of " + certificate.issuer() +
+                (key.length == 0
+                     ? ""
+                     : " with key identifier " + hexadecimal_text(key.data, key.length)) +
+                " is in the stores");
             say_about_source(issuer_url(certificate), CONTEXT_OID_CERTIFICATE);
             say("if you have it, give it with --certs or --issuer");
             return named;
@@ -203,7 +216,8 @@ class Walk {
             return {};
         }
         for (const ASN1T_AccessDescription& each : access->elements) {
-            if (each.accessLocation.t == ASN1T_GeneralName::uniformResourceIdentifier) {
+            if (each.accessMethod == str_to_oid(id_ad_ca_issuers) &&
+                each.accessLocation.t == ASN1T_GeneralName::uniformResourceIdentifier) {
                 return {each.accessLocation.value.begin(), each.accessLocation.value.end()};
             }
         }

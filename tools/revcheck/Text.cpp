@@ -13,7 +13,7 @@
 namespace norvane {
 namespace {
 
-constexpr std::string_view hexadecimal = "0123456789abcdef";
+constexpr std::string_view digits_of_16 = "0123456789abcdef";
 
 struct CodePoint {
     char32_t value;
@@ -59,14 +59,8 @@ bool is_safe(char32_t c) {
 }
 
 void append_octet(std::string& text, unsigned octet) {
-    text += hexadecimal[octet >> 4U & 0xfU];
-    text += hexadecimal[octet & 0xfU];
-}
-
-std::string octets_text(const BYTE* octets, std::size_t count) {
-    std::string text;
-    std::for_each_n(octets, count, [&](BYTE octet) { append_octet(text, octet); });
-    return text;
+    text += digits_of_16[octet >> 4U & 0xfU];
+    text += digits_of_16[octet & 0xfU];
 }
 
 /// UTF-8 from the platform's 16-bit units; an unpaired surrogate becomes U+FFFD.
@@ -120,8 +114,14 @@ std::string name_text(const CERT_NAME_BLOB& name) {
     try {
         return to_utf8(name_blob_to_text({name.pbData, name.cbData}));
     } catch (const CAException&) {
-        return "#" + octets_text(name.pbData, name.cbData);
+        return "#" + hexadecimal_text(name.pbData, name.cbData);
     }
+}
+
+std::string hexadecimal_text(const BYTE* octets, std::size_t count) {
+    std::string text;
+    std::for_each_n(octets, count, [&](BYTE octet) { append_octet(text, octet); });
+    return text;
 }
 
 std::string serial_text(const CRYPT_INTEGER_BLOB& serial) {
@@ -132,7 +132,7 @@ std::string serial_text(const CRYPT_INTEGER_BLOB& serial) {
                  std::find_if(octets.begin(), last, [](std::uint8_t octet) { return octet != 0; }));
     const bool had_sign_octet = octets.size() < serial.cbData;
     if (had_sign_octet) {
-        return "0x" + octets_text(octets.data(), octets.size());
+        return "0x" + hexadecimal_text(octets.data(), octets.size());
     }
     return ASN1TInteger({octets.data(), static_cast<std::uint32_t>(octets.size())}).text();
 }

@@ -15,6 +15,9 @@ namespace norvane {
 /// read as a name.
 [[nodiscard]] std::string name_text(const CERT_NAME_BLOB& name);
 
+/// Two digits for each octet, without a prefix.
+[[nodiscard]] std::string hexadecimal_text(const BYTE* octets, std::size_t count);
+
 /// A serial number, least significant octet first, as "0x1f" or "-0x1f", without leading zeros of
 /// whole octets.
 [[nodiscard]] std::string serial_text(const CRYPT_INTEGER_BLOB& serial);

@@ -54,19 +54,31 @@ TEST(DispatcherLimits, ACertificateUnderCheckOnTheThreadIsNotCheckedAgain) {
     }));
 }
 
-TEST(DispatcherLimits, CallsNestToALimit) {
+TEST(DispatcherLimits, CallsNestAsDeepAsTheStackHasRoom) {
     EXPECT_TRUE(with_modules(MODULE_A, [] {
-        std::uint8_t depth = 0;
+        std::uint32_t depth = 0;
         script_of(MODULE_A).check = [&](const Question& question) {
             ++depth;
-            Bytes other{depth};
-            const CERT_CONTEXT next{X509_ASN_ENCODING, other.data(), 1, nullptr, nullptr};
+            auto* const number = reinterpret_cast<BYTE*>(&depth);
+            Bytes other{number, number + sizeof depth};
+            const CERT_CONTEXT next{X509_ASN_ENCODING, other.data(), sizeof depth, nullptr,
+                                    nullptr};
             const Outcome inner = ask({&next});
             EXPECT_EQ(inner, not_checked);
             return answering(inner.error)(question);
         };
-        EXPECT_EQ(ask({numbered(1)}), not_checked);
-        EXPECT_EQ(depth, 32);
+        pthread_attr_t small;
+        pthread_attr_init(&small);
+        pthread_attr_setstacksize(&small, std::size_t{512} * 1024);
+        pthread_t thread{};
+        const auto start = [](void*) -> void* {
+            EXPECT_EQ(ask({numbered(1)}), not_checked);
+            return nullptr;
+        };
+        ASSERT_EQ(pthread_create(&thread, &small, start, nullptr), 0);
+        pthread_join(thread, nullptr);
+        pthread_attr_destroy(&small);
+        EXPECT_GT(depth, 10U);
     }));
 }
 

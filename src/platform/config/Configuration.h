@@ -55,6 +55,8 @@ struct Configuration {
     std::string proxy; ///< URL; empty: none
 
     std::uint32_t max_signature_verifications = 0;
+    std::uint64_t max_hashed_bytes = 0;
+    std::uint32_t max_shown_certificates = 0;
     bool sha1 = false;
 
     /// In the order of files and lines.

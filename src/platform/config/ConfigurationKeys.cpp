@@ -88,6 +88,12 @@ constexpr ConfigurationKey keys[] = {
     {"limits", "signature_verifications", value_kind::count, "10000",
      "How many signatures one call of the revocation check may verify.",
      set<parse_count, &Configuration::max_signature_verifications>},
+    {"limits", "hashed_bytes", value_kind::size, "16G",
+     "How much one call of the revocation check may hash for signatures.",
+     set<parse_size, &Configuration::max_hashed_bytes>},
+    {"limits", "shown_certificates", value_kind::count, "5000000",
+     "How often stores may show a certificate to one call of the revocation check.",
+     set<parse_count, &Configuration::max_shown_certificates>},
 
     {"crypto", "sha1", value_kind::on_off, "on",
      "Whether signatures over SHA-1 are verified.",

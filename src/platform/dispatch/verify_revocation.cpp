@@ -119,6 +119,15 @@ Status check_all(const Question& question) noexcept {
     return status;
 }
 
+norvane::Quotas configured_quotas() {
+    const norvane::Configuration& configuration = norvane::configuration();
+    norvane::Quotas quotas;
+    quotas[norvane::Resource::verifications] = configuration.max_signature_verifications;
+    quotas[norvane::Resource::hashed_bytes] = configuration.max_hashed_bytes;
+    quotas[norvane::Resource::shown_certificates] = configuration.max_shown_certificates;
+    return quotas;
+}
+
 Status answer(DWORD encoding_type, DWORD revocation_type, std::span<const PVOID> contexts,
               DWORD flags, const CERT_REVOCATION_PARA* para) noexcept {
     ModuleParameters parameters(para, flags);
@@ -126,7 +135,7 @@ Status answer(DWORD encoding_type, DWORD revocation_type, std::span<const PVOID>
         return failure(E_INVALIDARG);
     }
     try {
-        const DispatcherCall call(norvane::configuration().max_signature_verifications);
+        const DispatcherCall call(configured_quotas());
         if (!call.may_ask()) {
             return failure(CRYPT_E_NO_REVOCATION_CHECK);
         }

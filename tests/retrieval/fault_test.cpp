@@ -35,11 +35,12 @@ std::vector<fs::path> files_with(const fs::path& folder, std::string_view ending
 TEST(CacheFaults, NoResponseIsLostOrTornWhenWritersAreKilled) {
     const TemporaryFolder folder;
     const auto checks = [&] {
-        constexpr int kills = 300;
+        constexpr int kills = 200;
         // Of one date, so that each takes the place of the other; large enough to be met half
         // written.
         const std::array<Bytes, 2> versions = {large_crl(40'000, Key::ec(0)),
                                                large_crl(39'000, Key::ec(0))};
+        const fs::path cache = folder.path() / "cache";
         const fs::path source = folder.path() / "source";
         const std::string url = "file://" + source.string();
         for (std::size_t version = 0; version < versions.size(); ++version)
@@ -76,20 +77,23 @@ TEST(CacheFaults, NoResponseIsLostOrTornWhenWritersAreKilled) {
         };
         for (int i = 0; i < kills; ++i) {
             const pid_t writer = start_writer(1'000'000);
-            const auto end = Clock::now() + std::chrono::microseconds(random() % 30'000);
-            while (Clock::now() < end)
+            // At any time, or as soon as a file of this writer is seen that is not whole.
+            const std::size_t before = files_with(cache, ".new").size();
+            const auto end =
+                Clock::now() + (i % 2 == 0 ? std::chrono::microseconds(random() % 30'000)
+                                           : std::chrono::seconds{5});
+            while (Clock::now() < end && (i % 2 == 0 || files_with(cache, ".new").size() == before))
                 read_cache();
             kill(writer, SIGKILL);
             killed += waitpid(writer, &status, 0) == writer && WIFSIGNALED(status);
             read_cache();
         }
-        const fs::path cache = folder.path() / "cache";
         const auto abandoned = files_with(cache, ".new");
         std::cout << killed << " writers killed, " << abandoned.size()
                   << " of them in the middle of a file; " << reads << " reads, " << wrong
                   << " wrong or without the response\n";
         EXPECT_EQ(killed, kills);
-        EXPECT_GT(abandoned.size(), 0);
+        EXPECT_GT(abandoned.size(), kills / 10);
         EXPECT_EQ(wrong, 0);
 
         const std::array<timespec, 2> old{};

@@ -5,7 +5,6 @@
 #include <array>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <pty.h>
 #include <regex>
 #include <set>
 
@@ -14,29 +13,6 @@ namespace {
 
 using ::testing::HasSubstr;
 using ::testing::Not;
-
-std::string read_some(int descriptor) {
-    std::array<char, 65'536> block{};
-    const ssize_t count = read(descriptor, block.data(), block.size());
-    return count > 0 ? std::string(block.data(), static_cast<std::size_t>(count)) : "";
-}
-
-// All that the program writes when it stands at a terminal.
-std::string on_terminal(const Arguments& arguments) {
-    int terminal = -1;
-    const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
-    if (child == 0) {
-        setenv("TERM", "xterm", 1);
-        become_revcheck(arguments, "/nowhere");
-    }
-    std::string all;
-    for (std::string some; !(some = read_some(terminal)).empty();) {
-        all += some;
-    }
-    close(terminal);
-    EXPECT_NE(exit_code_of(child), -1);
-    return all;
-}
 
 std::set<std::string> options_in(const std::string& text) {
     const std::regex option("--[a-z][a-z-]+");

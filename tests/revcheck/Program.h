@@ -3,10 +3,13 @@
 
 #include "support/TemporaryFolder.h"
 
+#include <array>
 #include <fcntl.h>
 #include <fstream>
 #include <iterator>
 #include <nlohmann/json.hpp>
+#include <pty.h>
+#include <sstream>
 #include <string>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -49,6 +52,29 @@ inline Arguments with_samples(const Arguments& more) {
 inline int exit_code_of(pid_t child) {
     int status = -1;
     return waitpid(child, &status, 0) == child && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+inline std::string read_some(int descriptor) {
+    std::array<char, 65'536> block{};
+    const ssize_t count = read(descriptor, block.data(), block.size());
+    return count > 0 ? std::string(block.data(), static_cast<std::size_t>(count)) : "";
+}
+
+// All that the program writes when it stands at a terminal.
+inline std::string on_terminal(const Arguments& arguments) {
+    int terminal = -1;
+    const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
+    if (child == 0) {
+        setenv("TERM", "xterm", 1);
+        become_revcheck(arguments, "/nowhere");
+    }
+    std::string all;
+    for (std::string some; !(some = read_some(terminal)).empty();) {
+        all += some;
+    }
+    close(terminal);
+    waitpid(child, nullptr, 0);
+    return all;
 }
 
 struct Ending {

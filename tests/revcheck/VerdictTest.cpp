@@ -1,7 +1,6 @@
 // What is decided, and what is told about it to programs.
 #include "Program.h"
-#include "support/CertificateBuilder.h"
-#include "support/CrlBuilder.h"
+#include "SmallPki.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -61,37 +60,6 @@ std::string fault_in(const json& verdict) {
     return fault_in(verdict, schema, schema);
 }
 
-// A root that issues leaves itself, its CRL, and a leaf; in files.
-struct SmallPki {
-    TemporaryFolder folder;
-    Bytes key_id = {1, 2, 3};
-    std::string root =
-        write("root.der", CertificateBuilder{.issuer = common_name("Issuer"),
-                                             .subject = common_name("Issuer"),
-                                             .spki = Key::ec(0).spki(),
-                                             .extensions = {basic_constraints(Holder::ca)}});
-    std::string leaf = write("leaf.der", CertificateBuilder{.spki = Key::ec(1).spki()});
-
-    std::string write(const std::string& name, const CertificateBuilder& certificate) const {
-        return write(name, certificate.sign(Key::ec(0)));
-    }
-    std::string write(const std::string& name, const Bytes& bytes) const {
-        return folder.write(name, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
-    }
-    [[nodiscard]] Ending check(const CrlBuilder& crl, Arguments more = {}) const {
-        Arguments all{"--root",
-                      root,
-                      "--cache-only",
-                      "--time",
-                      "2026-06-01T00:00:00Z",
-                      "--crls",
-                      write("a.crl", crl.sign(Key::ec(0)))};
-        all.insert(all.end(), more.begin(), more.end());
-        all.push_back(leaf);
-        return run_revcheck(all);
-    }
-};
-
 } // namespace
 
 TEST(Verdict, OfEachSampleIsToldAsTheSchemaSays) {
@@ -146,13 +114,12 @@ TEST(Verdict, TellsNumbersAndTimesInFull) {
     const SmallPki pki;
     const Bytes twenty_octets = {0x02, 20,   0x7f, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff,
                                  0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff};
-    const json told =
-        pki.check({.extensions = {crl_number(twenty_octets)}}, {"--json"}).verdicts().at(0);
+    const json told = pki.check({.extensions = {crl_number(twenty_octets)}});
     EXPECT_EQ(told["base_crl"]["number"], "730750818665451459101842416358141509827966271487");
     EXPECT_EQ(told["base_crl"]["this_update"], "2026-03-01T00:00:00Z");
     EXPECT_EQ(told["freshness_seconds"], 92 * 86'400);
 
-    const json unnumbered = pki.check({.entries = {{.serial = {0x01}}}}, {"--json"}).verdicts()[0];
+    const json unnumbered = pki.check({.entries = {{.serial = {0x01}}}});
     EXPECT_EQ(unnumbered["base_crl"]["number"], nullptr);
     EXPECT_EQ(unnumbered["reason_code"], 0) << "an entry without a reason";
     EXPECT_EQ(fault_in(unnumbered), "");

@@ -175,12 +175,11 @@ class Walk {
             for_each_certificate(store, look_at);
         }
         if (named.empty()) {
+            say("no certificate of " + certificate.issuer() + " is in the stores");
             const CACMPT_BLOB& key = certificate.item.authority_key_id();
-            say("no certificate of " + certificate.issuer() +
-                (key.length == 0
-                     ? ""
-                     : " with key identifier " + hexadecimal_text(key.data, key.length)) +
-                " is in the stores");
+            if (key.length != 0) {
+                say("its key identifier would be " + hexadecimal_text(key.data, key.length));
+            }
             say_about_source(issuer_url(certificate), CONTEXT_OID_CERTIFICATE);
             say("if you have it, give it with --certs or --issuer");
             return named;

@@ -180,7 +180,8 @@ void Run::check_list() {
     console_.end();
     const std::size_t unseen = list_.size() - result.index - 1;
     if (unseen != 0 && options_.presentation == Presentation::for_people) {
-        write("\nnot looked at: the " + std::to_string(unseen) + " behind it in the list\n");
+        write("\nnot looked at: " + std::to_string(unseen) +
+              (unseen == 1 ? " certificate" : " certificates") + " behind it in the list\n");
     }
 }
 

@@ -196,6 +196,12 @@ TEST(Export, EndsAListWithTheFirstCertificateThatIsNotGood) {
     EXPECT_FALSE(null_store.verify({good_leaf}));
     null_store.expect_failure(no_check, 0);
 
+    Call thrown; // general names are no name to search for
+    const DistributionPoint unsearchable{.crl_issuer = {directory_name(common_name("Root"))}};
+    const Bytes odd_leaf = leaf(root, hex("01"), {crl_distribution_points({unsearchable})});
+    EXPECT_FALSE(thrown.verify({good_leaf, odd_leaf}));
+    thrown.expect_failure(no_check, 1);
+
     Call unsure; // the CRLs that were consulted are not handed out
     const OpenStore partial = OpenStore::memory();
     const IssuingDistributionPoint some{.only_some_reasons = named_bits({1})};
@@ -211,6 +217,22 @@ TEST(Export, EndsAListWithTheFirstCertificateThatIsNotGood) {
     EXPECT_TRUE(refused.verify({revoked_leaf, inter_leaf}));
     EXPECT_EQ(refused.status.dwError, 0U);
     EXPECT_EQ(refused.status.dwIndex, 0U);
+}
+
+TEST(Export, DoesNotLetACertificateVouchForItself) {
+    // The CRL was signed by somebody whom the CA in question certified.
+    const OpenStore signers = OpenStore::memory(), crls = OpenStore::memory();
+    signers.add(certify(inter, renewed, {}, always));
+    crls.add_crl(list(renewed, {}, {}, from_2000));
+    HCERTSTORE signers_handle = signers.get();
+    for (const bool by_itself : {true, false}) {
+        Call call;
+        call.para.cCertStore = 1;
+        call.para.rgCertStore = &signers_handle;
+        call.para.hCrlStore = by_itself ? crls.get() : nullptr;
+        EXPECT_EQ(call.verify({inter_cert}), !by_itself);
+        EXPECT_TRUE(faked.questions.empty());
+    }
 }
 
 TEST(Export, FreesAStaleDeltaContextAndForgetsAStaleBaseContext) {

@@ -5,7 +5,6 @@
 
 #include <cmath>
 #include <cstring>
-#include <thread>
 
 namespace {
 
@@ -19,27 +18,7 @@ DWORD create(REFCLSID class_id, REFIID interface_id = IID_IUnknown) {
     return code(result);
 }
 
-struct Counted final : IUnknown {
-    ULONG references = 1;
-
-    HRESULT QueryInterface(REFIID /*riid*/, void** /*object*/) override { return -1; }
-    ULONG AddRef() override { return ++references; }
-    ULONG Release() override { return --references; }
-};
-
 } // namespace
-
-TEST(ComApartment, CountsEntriesOfEachThread) {
-    std::thread{[] {
-        CoUninitialize(); // not in it: nothing happens
-        EXPECT_EQ(code(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)), S_OK);
-        EXPECT_EQ(code(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)), S_FALSE);
-        CoUninitialize();
-        EXPECT_EQ(code(CoInitializeEx(nullptr, COINIT_MULTITHREADED)), RPC_E_CHANGED_MODE);
-        CoUninitialize();
-        EXPECT_EQ(code(CoInitializeEx(nullptr, COINIT_MULTITHREADED)), S_OK);
-    }}.join();
-}
 
 TEST(ComActivation, TellsWhyThereIsNoObject) {
     constexpr CLSID of_another = {0xABCDEF01, 0x2345, 0x6789, {1, 2, 3, 4, 5, 6, 7, 0xAB}};
@@ -49,6 +28,7 @@ TEST(ComActivation, TellsWhyThereIsNoObject) {
         "{00000002-0000-0000-0000-000000000000} = " PLATFORM_LIBRARY "\n"
         "{abcdef01-2345-6789-0102-0304050607ab} = norvane_pkup.so\n",
         [&] {
+            CoUninitialize(); // Not in it: nothing happens.
             EXPECT_EQ(create(CLSID_PrivateKeyUsageChecker), CO_E_NOTINITIALIZED);
             ASSERT_EQ(code(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)), S_OK);
             EXPECT_EQ(create({4, 0, 0, {}}), REGDB_E_CLASSNOTREG);
@@ -59,39 +39,22 @@ TEST(ComActivation, TellsWhyThereIsNoObject) {
         }));
 }
 
-TEST(Variant, ReleasesTheObjectThatItHoldsAndNoOther) {
-    for (const int type : {VT_UNKNOWN + 0, VT_UNKNOWN | VT_BYREF, VT_UI8 + 0}) {
-        Counted object;
-        VARIANT value{};
-        value.vt = static_cast<VARTYPE>(type);
-        value.punkVal = &object;
-        EXPECT_EQ(code(VariantClear(&value)), S_OK);
-        EXPECT_EQ(object.references, type == VT_UNKNOWN ? 0 : 1) << type;
-        EXPECT_EQ(value.vt, VT_EMPTY);
-    }
-}
-
-TEST(VariantTime, CountsTheTimeOfDayForwardOnBothSidesOfItsEpochAndRoundsToSeconds) {
-    constexpr DATE second = 1 / 86400.0;
+TEST(VariantTime, CountsTheTimeOfDayForwardOnBothSidesOfItsEpochAndStaysInRange) {
     // Year, month, day of the week, day, hour, minute, second, milliseconds.
     std::pair<SYSTEMTIME, DATE> cases[] = {
-        {{1899, 12, 0, 31, 0, 0, 0, 0}, 1.0},
         {{2000, 2, 2, 29, 12, 0, 0, 0}, 36585.5},
         {{100, 1, 5, 1, 18, 0, 0, 0}, -657434.75},
         {{9999, 12, 5, 31, 23, 59, 59, 0}, 2958465 + 86399 / 86400.0},
     };
     SYSTEMTIME back{};
     for (auto& [fields, date] : cases) {
-        SCOPED_TRACE(date);
         DATE converted = NAN;
         EXPECT_TRUE(SystemTimeToVariantTime(&fields, &converted));
         EXPECT_EQ(converted, date);
-        for (const double noise : {-0.4 * second, 0.0, 0.4 * second}) {
-            EXPECT_TRUE(VariantTimeToSystemTime(date + noise, &back));
-            EXPECT_EQ(std::memcmp(&back, &fields, sizeof back), 0) << noise;
-        }
+        EXPECT_TRUE(VariantTimeToSystemTime(date, &back));
+        EXPECT_EQ(std::memcmp(&back, &fields, sizeof back), 0) << date;
     }
-    EXPECT_TRUE(VariantTimeToSystemTime(-2 + 0.4 * second, &back));
+    EXPECT_TRUE(VariantTimeToSystemTime(-2 + 0.4 / 86400, &back));
     EXPECT_EQ(back.wDay, 30) << "the end of the 29th rounds across midnight";
     EXPECT_FALSE(VariantTimeToSystemTime(2958466 - 1e-7, &back)) << "nor does it leave the range";
 }

@@ -1,60 +1,62 @@
+#include "CryptoObjects.h"
 #include "support/ConfiguredProcess.h"
-
-#include <norvane/wincrypt.h>
-
-#include <string>
-#include <vector>
 
 namespace {
 
 using norvane::testing::passes_when_configured;
 using norvane::testing::TemporaryFolder;
 
-DWORD outcome(BOOL result) { return result != 0 ? ERROR_SUCCESS : GetLastError(); }
+void expect_sha1(bool allowed) {
+    for (const char* oid :
+         {"1.3.14.3.2.26", "1.2.840.113549.1.1.5", "1.2.840.10040.4.3", "1.2.840.10045.4.1"}) {
+        EXPECT_EQ(CertOIDToAlgId(oid), allowed ? CALG_SHA1 : 0) << oid;
+    }
+    EXPECT_EQ(CertAlgIdToOID(CALG_SHA1) != nullptr, allowed);
+    EXPECT_EQ(CertOIDToAlgId("1.2.840.113549.1.1.11"), CALG_SHA_256);
 
-DWORD strict_check() {
-    HKEY key = nullptr;
-    DWORD value = 0;
-    DWORD size = sizeof value;
-    EXPECT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, NORVANE_W("a"), 0, KEY_READ, &key), 0);
-    EXPECT_EQ(RegQueryValueExW(key, NORVANE_W("x"), nullptr, nullptr,
-                               reinterpret_cast<BYTE*>(&value), &size),
-              0);
-    RegCloseKey(key);
-    return value;
+    const auto provider = norvane::testing::open_provider();
+    HCRYPTHASH hash = 0;
+    EXPECT_EQ(CryptCreateHash(provider, CALG_SHA1, 0, 0, &hash) != FALSE, allowed);
+    const norvane::testing::OwnedHash owner(hash);
+}
+
+DWORD outcome(BOOL result) { return result != 0 ? ERROR_SUCCESS : GetLastError(); }
+DWORD set(LPCSTR section, LPCSTR key, LPCSTR value) {
+    return outcome(NorvaneSetConfiguration(section, key, value));
 }
 
 BOOL note(LPCSTR file, DWORD line, LPCSTR text, void* argument) {
-    static_cast<std::vector<std::string>*>(argument)->push_back(
-        std::filesystem::path(file).filename().string() + ":" + std::to_string(line) + ": " + text);
+    *static_cast<std::string*>(argument) +=
+        std::filesystem::path(file).filename().string() + ":" + std::to_string(line) + ": " + text;
     return TRUE;
 }
 
 } // namespace
 
+TEST(Sha1Switch, TakesSha1OutOfTablesAndProviders) {
+    EXPECT_TRUE(passes_when_configured("[crypto]\nsha1 = off\n", [] { expect_sha1(false); }));
+    EXPECT_TRUE(passes_when_configured("", [] { expect_sha1(true); }));
+}
+
 TEST(SteeredConfiguration, StandsOverTheFilesUntilItIsReadAndIsCheckedAtOnce) {
     const TemporaryFolder folder;
-    const std::string named = folder.write("named", "[registry]\nHKLM\\a\\x = dword:2\n[none]\n");
-    EXPECT_TRUE(passes_when_configured("[registry]\nHKLM\\a\\x = dword:1\n[bad]\n", [&] {
-        const auto set = [](LPCSTR section, LPCSTR key, LPCSTR value) {
-            return outcome(NorvaneSetConfiguration(section, key, value));
-        };
-        EXPECT_EQ(set("Registry", "hklm\\A\\X", "dword:3"), ERROR_SUCCESS);
-        EXPECT_EQ(set("registry", "HKLM\\a\\x", "dword:4"), ERROR_SUCCESS);
-        EXPECT_EQ(set("registry", "HKLM\\a\\x", "4"), ERROR_INVALID_DATA);
+    const std::string named = folder.write("named", "[crypto]\nsha1 = on\n[none]\n");
+    EXPECT_TRUE(passes_when_configured("[bad]\n", [&] {
+        EXPECT_EQ(set("Crypto", "SHA1", "on"), ERROR_SUCCESS);
+        EXPECT_EQ(set("crypto", "sha1", "off"), ERROR_SUCCESS);
+        EXPECT_EQ(set("crypto", "sha1", "maybe"), ERROR_INVALID_DATA);
         EXPECT_EQ(set("registry", "x", "dword:4"), ERROR_NOT_FOUND);
         EXPECT_EQ(set("retrieval", "none", "4"), ERROR_NOT_FOUND);
-        EXPECT_EQ(set("stores", "Root", "relative"), ERROR_INVALID_DATA);
         EXPECT_EQ(set("stores", "Root", nullptr), E_INVALIDARG);
         EXPECT_EQ(outcome(NorvaneSetConfigurationFile("")), E_INVALIDARG);
         EXPECT_EQ(outcome(NorvaneSetConfigurationFile(named.c_str())), ERROR_SUCCESS);
 
-        EXPECT_EQ(strict_check(), 4U);
-        std::vector<std::string> problems;
+        expect_sha1(false);
+        std::string problems;
         EXPECT_TRUE(NorvaneEnumConfigurationProblems(note, &problems));
-        EXPECT_EQ(problems, std::vector<std::string>{"named:3: there is no section \"none\""})
+        EXPECT_EQ(problems, "named:3: there is no section \"none\"")
             << "and nothing of the file of the environment";
-        EXPECT_EQ(set("registry", "HKLM\\a\\x", "dword:5"), E_ACCESSDENIED);
+        EXPECT_EQ(set("crypto", "sha1", "on"), E_ACCESSDENIED);
         EXPECT_EQ(outcome(NorvaneSetConfigurationFile("/x")), E_ACCESSDENIED);
     }));
 }

@@ -27,29 +27,37 @@ TEST(Text, ConvertsLatin1AndUtf8OfEveryLengthAtItsBounds) {
                     "\xF0\x90\x80\x80\xF4\x8F\xBF\xBF"sv,
                     MB_ERR_INVALID_CHARS),
               u"\0\u007F\u0080\u07FF\u0800\uD7FF\uE000\uFFFF\U00010000\U0010FFFF"sv);
-}
-
-TEST(Text, CountsTheTerminatorAndWritesNoHalfOfAPair) {
     WCHAR wide[3] = {u'?', u'?', u'?'};
     EXPECT_EQ(MultiByteToWideChar(CP_UTF8, 0, "o\U0001F600", -1, wide, 2), 0);
     EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
-    EXPECT_EQ(wide[1], u'?');
-    EXPECT_EQ(MultiByteToWideChar(CP_ACP, 0, "Ro", -1, wide, 3), 3);
-    EXPECT_EQ(wide[2], u'\0');
+    EXPECT_EQ(wide[1], u'?') << "no half of a pair";
 }
 
 TEST(Text, ReplacesOrRefusesIllFormedUtf8) {
     const std::pair<std::string_view, std::u16string_view> cases[] = {
-        {"\xC0\x80", u"\uFFFD\uFFFD"},           // overlong
-        {"\xE2\x82", u"\uFFFD"},                 // cut: one for what could have become one
-        {"\xED\xA0\x80", u"\uFFFD\uFFFD\uFFFD"}, // a surrogate
-        {"\xF4\x90\x80\x80", u"\uFFFD\uFFFD\uFFFD\uFFFD"}, // above U+10FFFF
-        // What breaks a sequence is a character of its own.
-        {"\xF1\x80\x80\xE1\x80\xC2\x62\x80", u"\uFFFD\uFFFD\uFFFDb\uFFFD"},
+        {"\xC0\x80", u"\uFFFD\uFFFD"},                            // overlong
+        {"\xED\xA0\x80", u"\uFFFD\uFFFD\uFFFD"},                  // a surrogate
+        {"\xF4\x90\x80\x80", u"\uFFFD\uFFFD\uFFFD\uFFFD"},        // above U+10FFFF
+        {"\xF1\x80\x80\xC2\x62\xE2\x82", u"\uFFFD\uFFFDb\uFFFD"}, // cut
     };
     for (const auto& [text, wide] : cases) {
         EXPECT_EQ(widen(CP_UTF8, text), wide);
         EXPECT_EQ(widen(CP_UTF8, text, MB_ERR_INVALID_CHARS), u"");
         EXPECT_EQ(GetLastError(), ERROR_NO_UNICODE_TRANSLATION);
     }
+}
+
+TEST(ErrorText, NeedsRoomForTheTerminatorTooAndFailsForUnknownCodes) {
+    const auto format = [](DWORD code, std::string& buffer, std::size_t size) {
+        return FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
+                              code, 0, buffer.data(), static_cast<DWORD>(size), nullptr);
+    };
+    const std::string text = "The certificate is revoked.\r\n";
+    std::string buffer(text.size() + 1, '?');
+    EXPECT_EQ(format(CRYPT_E_REVOKED, buffer, text.size()), 0);
+    EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
+    EXPECT_EQ(format(CRYPT_E_REVOKED, buffer, buffer.size()), text.size());
+    EXPECT_EQ(buffer, text + '\0');
+    EXPECT_EQ(format(0x80092FFFU, buffer, buffer.size()), 0);
+    EXPECT_EQ(GetLastError(), ERROR_MR_MID_NOT_FOUND);
 }

@@ -27,8 +27,8 @@ Bytes rsa_key(const Bytes& modulus, const Bytes& exponent = {0x01, 0x00, 0x01}) 
     return sequence(integer_octets(modulus), integer_octets(exponent));
 }
 
-Bytes dsa_parameters(const Bytes& p, const Bytes& q, const Bytes& g = {0x02}) {
-    return sequence(integer_octets(p), integer_octets(q), integer_octets(g));
+Bytes dsa_parameters(const Bytes& g) {
+    return sequence(integer_octets(ones(1024)), integer_octets(ones(160)), integer_octets(g));
 }
 
 Bytes with_changed_end(Bytes bytes) {
@@ -36,19 +36,17 @@ Bytes with_changed_end(Bytes bytes) {
     return bytes;
 }
 
-/// The base point of a parameter set as a key: x and y in hexadecimal, as they are written.
-Bytes gost_key(std::string_view x, std::string_view y) {
+/// The base point of a parameter set as a key: its y, and this x, in hexadecimal as they are
+/// written.
+Bytes gost_key(std::string_view x) {
+    constexpr std::string_view y =
+        "8D91E471E0989CDA27DF505A453F2B7635294F2DDF23E3B122ACC99C9E9F1E14";
     return octet_string(cat(reversed(hex(x)), reversed(hex(y))));
 }
-
-const Bytes point_a = gost_key("0000000000000000000000000000000000000000000000000000000000000001",
-                               "8D91E471E0989CDA27DF505A453F2B7635294F2DDF23E3B122ACC99C9E9F1E14");
-// The same point with x plus p.
-const Bytes point_a_beyond =
-    gost_key("FFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFD98",
-             "8D91E471E0989CDA27DF505A453F2B7635294F2DDF23E3B122ACC99C9E9F1E14");
-
-Bytes gost_parameters(std::string_view set) { return sequence(oid(set)); }
+const Bytes base_point =
+    gost_key("0000000000000000000000000000000000000000000000000000000000000001");
+const Bytes base_point_with_x_plus_p =
+    gost_key("FFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFFD98");
 
 struct Row {
     const char* what;
@@ -63,50 +61,40 @@ std::vector<Row> rows() {
     const Bytes spki = Key::ec(0).spki();
     const Bytes point(spki.end() - 65, spki.end());
     const Bytes compressed(point.begin() + 1, point.begin() + 33);
-    const Bytes hash_set = oid("1.2.643.2.2.30.1");
+    const Bytes set_a = sequence(oid("1.2.643.2.2.35.1"));
+    const Bytes set_94 = sequence(oid("1.2.643.2.2.32.2"));
     return {
-        {"no parameters", rsa, {}, rsa_key(ones(2048)), true},
         {"16384 bits", rsa, null(), rsa_key(ones(16384)), true},
         {"e of 64 bits", rsa, null(), rsa_key(ones(2048), ones(64)), true},
-        {"lengths of BER", rsa, null(), to_indefinite(rsa_key(ones(2048))), true},
         {"1023 bits", rsa, null(), rsa_key(ones(1023))},
         {"16385 bits", rsa, null(), rsa_key(ones(16385))},
         {"e of 65 bits", rsa, null(), rsa_key(ones(2048), ones(65))},
         {"e = 1", rsa, null(), rsa_key(ones(2048), {1})},
-        {"e even", rsa, null(), rsa_key(ones(2048), {0x01, 0x00})},
         {"n even", rsa, null(), rsa_key(with_changed_end(ones(2048)))},
         {"bytes behind the key", rsa, null(), cat(rsa_key(ones(2048)), Bytes{0})},
         {"too long to be looked at", rsa, null(), Bytes(1 << 20, 0x30)},
 
-        {"1024 and 160 bits", dsa, dsa_parameters(ones(1024), ones(160)), integer(5), true},
+        {"1024 and 160 bits", dsa, dsa_parameters({2}), integer(5), true},
         {"inherited parameters", dsa, {}, integer(5)},
-        {"g = 1", dsa, dsa_parameters(ones(1024), ones(160), {1}), integer(5)},
-        {"y = 0", dsa, dsa_parameters(ones(1024), ones(160)), integer(0)},
+        {"g = 1", dsa, dsa_parameters({1}), integer(5)},
+        {"y = 0", dsa, dsa_parameters({2}), integer(0)},
 
-        {"uncompressed", ec, p256, point, true},
         {"compressed", ec, p256,
          cat(Bytes{static_cast<std::uint8_t>(2 + point.back() % 2)}, compressed), true},
         {"point off the curve", ec, p256, with_changed_end(point)},
-        {"point of another curve", ec, oid("1.3.132.0.34"), point},
         {"point at infinity", ec, p256, {0}},
         {"implicit curve", ec, null(), point},
 
         {"2001 with the encryption set", gost_2001,
-         sequence(oid("1.2.643.2.2.36.0"), hash_set, oid("1.2.643.2.2.31.1")), point_a, true},
-        {"2012 without a digest set", gost_2012_256, gost_parameters("1.2.643.7.1.2.1.1.2"),
-         point_a, true},
-        {"point of another set", gost_2001, gost_parameters("1.2.643.2.2.35.2"), point_a},
-        {"point off the curve", gost_2001, gost_parameters("1.2.643.2.2.35.1"),
-         with_changed_end(point_a)},
-        {"coordinate beyond p", gost_2001, gost_parameters("1.2.643.2.2.35.1"), point_a_beyond},
-        {"all zeros", gost_2001, gost_parameters("1.2.643.2.2.35.1"), octet_string(Bytes(64))},
-        {"set of the other length", gost_2012_512, gost_parameters("1.2.643.2.2.35.1"), point_a},
-        {"no parameters", gost_2012_256, {}, point_a},
-
-        {"94", gost_94, gost_parameters("1.2.643.2.2.32.2"), octet_string(Bytes(128, 1)), true},
-        {"94 with the weak set", gost_94, gost_parameters("1.2.643.2.2.32.0"),
+         sequence(oid("1.2.643.2.2.36.0"), oid("1.2.643.2.2.30.1"), oid("1.2.643.2.2.31.1")),
+         base_point, true},
+        {"point off the curve", gost_2001, set_a, with_changed_end(base_point)},
+        {"coordinate beyond p", gost_2001, set_a, base_point_with_x_plus_p},
+        {"set of the other length", gost_2012_512, set_a, base_point},
+        {"no parameters", gost_2012_256, {}, base_point},
+        {"94 with the weak set", gost_94, sequence(oid("1.2.643.2.2.32.0")),
          octet_string(Bytes(64, 1))},
-        {"94 with y = 0", gost_94, gost_parameters("1.2.643.2.2.32.2"), octet_string(Bytes(128))},
+        {"94 with y = 0", gost_94, set_94, octet_string(Bytes(128))},
     };
 }
 

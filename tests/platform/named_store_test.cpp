@@ -7,9 +7,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <map>
-#include <string>
 #include <thread>
 
 namespace norvane::testing {
@@ -19,35 +17,23 @@ namespace fs = std::filesystem;
 using Encoded = std::vector<Bytes>;
 
 // The configuration of this program: each name is a system store with the folder of that name.
+const TemporaryFolder folder;
 class Configured : public ::testing::Environment {
   public:
-    static constexpr const char* names[] = {"Forms", "Faults", "Changes", "Threads", "Memory"};
-
     Configured() {
         std::string text = "[stores]\n";
-        for (const std::string name : names)
-            text += name + " = " + (folder_.path() / name).string() + "\n";
-        setenv("NORVANE_CONFIG", folder_.write("norvane.conf", text).c_str(), 1);
+        for (const std::string name : {"Forms", "Faults", "Changes", "Threads", "Memory"})
+            text += name + " = " + (folder.path() / name).string() + "\n";
+        setenv("NORVANE_CONFIG", folder.write("norvane.conf", text).c_str(), 1);
     }
-    [[nodiscard]] fs::path path(const std::string& name) const { return folder_.path() / name; }
-
-  private:
-    TemporaryFolder folder_;
 };
+const auto* const registered = ::testing::AddGlobalTestEnvironment(new Configured);
 
-Configured& configured() {
-    static auto* const environment = new Configured;
-    return *environment;
+fs::path write(const std::string& file, const Bytes& content) {
+    return folder.write(file, {reinterpret_cast<const char*>(content.data()), content.size()});
 }
-const auto* const registered = ::testing::AddGlobalTestEnvironment(&configured());
-
-void write(const std::string& name, const std::string& file, std::string_view content) {
-    fs::create_directories(configured().path(name));
-    std::ofstream(configured().path(name) / file, std::ios::binary) << content;
-}
-void write(const std::string& name, const std::string& file, const Bytes& content) {
-    write(name, file,
-          std::string_view(reinterpret_cast<const char*>(content.data()), content.size()));
+fs::path write(const std::string& file, const std::string& content) {
+    return folder.write(file, content);
 }
 
 // The reasons for what was skipped, by file name.
@@ -69,13 +55,11 @@ const Bytes d = certificate("D");
 const Bytes list = crl("A");
 
 TEST(NamedStore, ReadsEveryFormInTheOrderOfNamesAndEqualObjectsOnce) {
-    write("Forms", "1.cer", a);
-    write("Forms", "2.pem",
-          "A comment\n" + pem("CERTIFICATE", b) + "\n" + pem("CERTIFICATE", a) +
-              pem("X509 CRL", list));
-    write("Forms", "3.p7b", signed_data({context(0, c, a), context(1, list)}));
-    write("Forms", ".hidden", d);
-    write("Forms/inner", "6.cer", d);
+    write("Forms/1.cer", a);
+    write("Forms/2.pem", pem("CERTIFICATE", b) + pem("CERTIFICATE", a) + pem("X509 CRL", list));
+    write("Forms/3.p7b", signed_data({context(0, c, a), context(1, list)}));
+    write("Forms/.hidden", d);
+    write("Forms/inner/6.cer", d);
     const OpenStore store = OpenStore::system(u"fORMS");
     EXPECT_EQ(store.certificates(), (Encoded{a, b, c}));
     EXPECT_EQ(store.crls(), Encoded{list});
@@ -92,16 +76,13 @@ TEST(NamedStore, ReadsEveryFormInTheOrderOfNamesAndEqualObjectsOnce) {
 
 TEST(NamedStore, SkipsFilesAndObjectsThatAreMalformedAndSaysWhy) {
     const Bytes trailing = cat(b, hex("00"));
-    write("Faults", "bad.cer", trailing);
-    write("Faults", "good.pem",
+    write("Faults/bad.cer", trailing);
+    write("Faults/good.pem",
           pem("CERTIFICATE", a) + pem("CERTIFICATE", trailing) + pem("CERTIFICATE", b));
-    write("Faults", "text", "Nothing in here");
-    fs::create_symlink("nothing", configured().path("Faults") / "dangling");
+    fs::create_symlink("nothing", folder.path() / "Faults/dangling");
     EXPECT_EQ(OpenStore::system(u"Faults").certificates(), (Encoded{a, b}));
-    const std::map<std::string, std::string> parts = {{"bad.cer", ""},
-                                                      {"dangling", "No such file"},
-                                                      {"good.pem", "object 2: "},
-                                                      {"text", "no certificate and no CRL"}};
+    const std::map<std::string, std::string> parts = {
+        {"bad.cer", ""}, {"dangling", "No such file"}, {"good.pem", "object 2: "}};
     const auto reasons = skipped("Faults");
     ASSERT_EQ(reasons.size(), parts.size());
     for (const auto& [file, reason] : reasons)
@@ -109,8 +90,8 @@ TEST(NamedStore, SkipsFilesAndObjectsThatAreMalformedAndSaysWhy) {
 }
 
 TEST(NamedStore, IsReadAgainAfterEveryFailureToAllocate) {
-    write("Memory", "a.pem", pem("CERTIFICATE", a) + pem("CERTIFICATE", b) + pem("X509 CRL", list));
-    write("Memory", "c.txt", "no object");
+    write("Memory/a.pem", pem("CERTIFICATE", a) + pem("CERTIFICATE", b) + pem("X509 CRL", list));
+    write("Memory/c.txt", "no object");
     HCERTSTORE opened = nullptr;
     for (long allocations = 0; opened == nullptr; ++allocations) {
         set_allocations_left(allocations);
@@ -138,29 +119,28 @@ TEST(NamedStore, IsReadAgainAfterEveryFailureToAllocate) {
 
 TEST(NamedStore, NoticesFilesThatComeChangeAndGo) {
     EXPECT_TRUE(comes_to_hold({}));
-    write("Changes", "a.cer", a);
+    const fs::path file = write("Changes/a.cer", a);
     EXPECT_TRUE(comes_to_hold({a}));
     const OpenStore before = OpenStore::system(u"Changes");
 
     Bytes changed = a; // of the same length, in the same file, with the same time
     changed.back() ^= 1;
-    const fs::path file = configured().path("Changes") / "a.cer";
     const auto time = fs::last_write_time(file);
-    write("Changes", "a.cer", changed);
+    write("Changes/a.cer", changed);
     fs::last_write_time(file, time);
     EXPECT_TRUE(comes_to_hold({changed}));
 
-    write("Changes", "0.pem", pem("CERTIFICATE", b));
+    write("Changes/0.pem", pem("CERTIFICATE", b));
     fs::remove(file);
     EXPECT_TRUE(comes_to_hold({b}));
-    fs::remove_all(configured().path("Changes"));
+    fs::remove_all(folder.path() / "Changes");
     EXPECT_TRUE(comes_to_hold({}));
     EXPECT_EQ(before.certificates(), Encoded{a});
 }
 
 TEST(NamedStore, ServesThreadsThatOpenSearchAddCloseAndReload) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds{2500};
-    write("Threads", "a.cer", a);
+    write("Threads/a.cer", a);
     const OpenStore shared = OpenStore::memory();
     const OpenStore joined = OpenStore::collection();
     std::atomic<std::size_t> additions = 0;
@@ -182,14 +162,13 @@ TEST(NamedStore, ServesThreadsThatOpenSearchAddCloseAndReload) {
             EXPECT_TRUE(CertFindCertificateInCRL(context.get(), crl.get(), 0, nullptr, &entry));
             EXPECT_NE(entry, nullptr);
             if (number == 0)
-                write("Threads", "b.cer", round % 2 == 0 ? b : c);
+                write("Threads/b.cer", round % 2 == 0 ? b : c);
         }
     };
-    std::vector<std::thread> threads;
+    std::vector<std::jthread> threads;
     for (int number = 0; number < 8; ++number)
         threads.emplace_back(work, number);
-    for (std::thread& thread : threads)
-        thread.join();
+    threads.clear();
     EXPECT_EQ(shared.certificates().size(), additions);
 }
 

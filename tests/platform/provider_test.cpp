@@ -1,12 +1,10 @@
 #include "CryptoObjects.h"
 
 #include <string>
-#include <vector>
 
 namespace {
 
 using norvane::testing::hash_of;
-using norvane::testing::open_provider;
 using norvane::testing::OwnedProvider;
 
 using EnumerateByIndex = BOOL (*)(DWORD, DWORD*, DWORD, DWORD*, LPSTR, DWORD*);
@@ -41,25 +39,6 @@ TEST(Providers, AreEnumeratedUnderTheProtocolOfSizesAndOpened) {
         EXPECT_EQ(GetLastError(), ERROR_NO_MORE_ITEMS);
         EXPECT_EQ(index, 3U);
     }
-}
-
-TEST(Providers, TellTheirAlgorithmsOneByOne) {
-    const OwnedProvider provider = open_provider();
-    PROV_ENUMALGS_EX answer{};
-    const auto ask = [&](DWORD size, DWORD flags) {
-        return CryptGetProvParam(provider, PP_ENUMALGS_EX, reinterpret_cast<BYTE*>(&answer), &size,
-                                 flags);
-    };
-    std::vector<ALG_ID> all;
-    for (DWORD flags = CRYPT_FIRST; ask(sizeof answer, flags) != FALSE; flags = CRYPT_NEXT) {
-        all.push_back(answer.aiAlgid);
-        EXPECT_TRUE(fails_with(ERROR_MORE_DATA, ask(sizeof answer - 1, CRYPT_NEXT)) ||
-                    GetLastError() == ERROR_NO_MORE_ITEMS)
-            << "too little room does not go on";
-    }
-    EXPECT_EQ(GetLastError(), ERROR_NO_MORE_ITEMS);
-    EXPECT_EQ(all, (std::vector<ALG_ID>{CALG_SHA1, CALG_SHA_256, CALG_SHA_384, CALG_SHA_512,
-                                        CALG_RSA_SIGN, CALG_RSA_KEYX, CALG_DSS_SIGN, CALG_ECDSA}));
 }
 
 TEST(Providers, LiveUntilTheirLastReferenceGoesAndKnowOnlyTheirOwnHandles) {

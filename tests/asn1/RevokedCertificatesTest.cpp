@@ -102,15 +102,5 @@ TEST(RevokedCertificates, BadEntriesAreRefusedAmongGoodOnes) {
     }
 }
 
-TEST(RevokedCertificates, LengthsOfTheLastEntryLeadNowherePastTheBuffer) {
-    for (std::size_t size = 4; size < 200; ++size) {
-        Bytes entries(size, 0x17);
-        const auto length = static_cast<std::uint8_t>(std::min<std::size_t>(size - 2, 0x7f));
-        std::ranges::copy(Bytes{0x30, length, 0x02, 0x7f}, entries.begin());
-        EXPECT_LT(Decoded<ASN1T_TBSCertList>(CrlBuilder{.encoded_entries = entries}.tbs()).status,
-                  0);
-    }
-}
-
 } // namespace
 } // namespace norvane::testing

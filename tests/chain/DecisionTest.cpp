@@ -51,7 +51,8 @@ void expect_rows(const std::vector<Row>& rows) {
 
 TEST(Decision, IsGoodOnlyWhenCrlsOfOneStageCoverAllReasons) {
     // ReasonFlags whose first octet is 0x60, 0x1F and 0xFF.
-    const Bits some = named_bits({1, 2}), rest = named_bits({3, 4, 5, 6, 7});
+    const Bits some = named_bits({1, 2});
+    const Bits rest = named_bits({3, 4, 5, 6, 7});
     const Bits unused_too = named_bits({0, 1, 2, 3, 4, 5, 6, 7});
     const Bytes a = list(root, {}, {idp({.full_name = {url_a}, .only_some_reasons = some})});
     const Bytes b = list(root, {}, {idp({.full_name = {url_b}, .only_some_reasons = rest})});
@@ -205,7 +206,8 @@ struct Delta {
 
 TEST(Delta, AppliesToBasesFromItsIndicatorToBelowItsNumberWhileItIsCurrent) {
     const Bytes nowhere = freshest_crl({{.full_name = {directory_name(common_name("X"))}}});
-    const Bytes five = crl_number(integer(5)), by_key = authority_key_identifier(key_id);
+    const Bytes five = crl_number(integer(5));
+    const Bytes by_key = authority_key_identifier(key_id);
     const Bytes by_key_and_serial =
         authority_key_identifier(key_id, {directory_name(common_name("X"))}, hex("01"));
     const Bytes scope = idp({.only_some_reasons = named_bits({1})});

@@ -62,10 +62,10 @@ TEST(DelegatedCheck, FoldsTheAnswersIntoRecords) {
     constexpr auto revoked_error = static_cast<DWORD>(CRYPT_E_REVOKED);
     const struct {
         Answer answer;
-        std::uint32_t status, reason;
+        std::uint32_t status = 0, reason = 0;
     } rows[] = {
-        {{0, 0}, 0, 0},
-        {{static_cast<DWORD>(CRYPT_E_REVOCATION_OFFLINE), 1}, REVOCATION_STATUS_UNKNOWN, 0},
+        {},
+        {{static_cast<DWORD>(CRYPT_E_REVOCATION_OFFLINE), 1}, REVOCATION_STATUS_UNKNOWN},
         {{revoked_error, 1}, IS_REVOKED, 1},
         {{revoked_error, 6}, IS_REVOKED, 6},
         {{revoked_error, 7}, IS_REVOKED, 0},
@@ -84,11 +84,14 @@ TEST(DelegatedCheck, FoldsTheAnswersIntoRecords) {
 TEST(DelegatedCheck, HandsOverAllThatTheRunHasToSearch) {
     PathOfThree world;
     ChainValidator& chain = world.chain;
-    const OpenStore later = OpenStore::memory(), later_crls = OpenStore::memory();
+    const OpenStore later = OpenStore::memory();
+    const OpenStore later_crls = OpenStore::memory();
     chain.cert_stores.emplace(later.get());
     chain.crl_stores.emplace(later_crls.get());
     const Bytes extra = certify(other, other);
-    const Bytes extra_crl = list(other), crl = list(root), later_crl = list(inter);
+    const Bytes extra_crl = list(other);
+    const Bytes crl = list(root);
+    const Bytes later_crl = list(inter);
     chain.extra_certificates.insert(&world.enter(extra));
     chain.extra_crls.insert(&world.enter_crl(extra_crl));
     world.certs.add(world.certificates[0]);

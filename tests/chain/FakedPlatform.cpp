@@ -74,7 +74,7 @@ BOOL faked_CertVerifyRevocation(DWORD encoding, DWORD type, DWORD count, PVOID c
     const Answer answer = found == faked.answers.end() ? Answer() : found->second;
     status->dwError = answer.error;
     status->dwReason = answer.reason;
-    return answer.error == 0;
+    return answer.error == 0 ? TRUE : FALSE;
 }
 
 PCCRL_CONTEXT faked_CertCreateCRLContext(DWORD encoding, const BYTE* bytes, DWORD size) noexcept {

@@ -45,7 +45,8 @@ TEST(CertificateIssuer, IsTheFirstCandidateThatIsValidAndVerifies) {
 }
 
 TEST(CertificateIssuer, IsSoughtByKeyIdentifierAloneOrByNameAndInStoresBySerial) {
-    const Bytes id = hex("0a0b"), serial = hex("07");
+    const Bytes id = hex("0a0b");
+    const Bytes serial = hex("07");
     const Party another{"Another", root.key};
     const Bytes by_name = key_usage(named_bits({digital_signature}));
     const Bytes by_id = authority_key_identifier(id);

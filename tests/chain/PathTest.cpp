@@ -52,7 +52,8 @@ TEST(PathFailure, IsLessBadByTheWorstBitThatDiffers) {
 
 TEST(PathBuilding, EndsWhereItMustWithTheRecordOfTheLeastBadBranch) {
     const Bytes expired = certify(root, inter, {is_ca}, {.not_after = utc_time("260601115959Z")});
-    const Bytes cross = certify(inter, other), cross_back = certify(other, inter);
+    const Bytes cross = certify(inter, other);
+    const Bytes cross_back = certify(other, inter);
     const Bytes wrong_key = certify(root, {"Inter", Key::ec(9)});
     const Bytes forged = certify({"Root", Key::ec(9)}, inter);
     // A time-out that the platform cannot be given throws where this extension is followed.
@@ -117,7 +118,9 @@ TEST(PathValidation, TestsEachCertificateInOrderAndSpendsTheBudgetFromTheRoot) {
     };
     const auto limit = [](int length) { return Objects{basic_constraints(Holder::ca, length)}; };
     const auto usage = [](unsigned bit) { return Objects{is_ca, key_usage(named_bits({bit}))}; };
-    const Objects none, ca{is_ca}, no_ca{basic_constraints(Holder::end_entity)};
+    const Objects none;
+    const Objects ca{is_ca};
+    const Objects no_ca{basic_constraints(Holder::end_entity)};
     const Bytes limited_root = certify(party(0), party(0), limit(0));
     const Bytes self_issued = certify(party(0), party(0), ca, {.serial = hex("09")});
     const struct {

@@ -18,7 +18,8 @@ TEST(CrlRetrieval, AsksEachUrlOnceAPassInOrderAndFilesWhatComes) {
                                            {.crl_issuer = {name}},
                                            {.full_name = {url("a")}}},
                                           {{.full_name = {url("c"), url("b")}}});
-    const Bytes full = list(root), full_of_freshest = list(other);
+    const Bytes full = list(root);
+    const Bytes full_of_freshest = list(other);
     const Bytes delta = list(root, {}, {delta_crl_indicator(integer(1))});
     World world;
     const CertificateItem& item = world.enter(certificate).first;

@@ -52,7 +52,8 @@ TEST(ConsultedCrls, AreAsOldAsTheEarliestAndHandedOutByTheFirstToExpire) {
         // All of them list the certificate. A delta is handed out if the first pair has one, too.
         CERT_REVOCATION_CRL_INFO out{};
         ASSERT_TRUE(hand_out_crls(out, certificate.get(), info));
-        const CrlContext base(out.pBaseCrlContext), delta(out.pDeltaCrlContext);
+        const CrlContext base(out.pBaseCrlContext);
+        const CrlContext delta(out.pDeltaCrlContext);
         EXPECT_NE(base, nullptr);
         EXPECT_NE(out.pCrlEntry, nullptr);
         EXPECT_EQ(delta != nullptr, chosen.delta != nullptr && row.pairs.front().delta != 0);

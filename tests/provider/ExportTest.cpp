@@ -107,7 +107,8 @@ TEST(Export, ChecksItsArgumentsInOrder) {
 
 TEST(Export, TakesAndFillsAFieldThatBeginsWithinTheSize) {
     const CertificateContext hint = certificate_context(inter_cert);
-    const OpenStore with_inter = OpenStore::memory(), empty = OpenStore::memory();
+    const OpenStore with_inter = OpenStore::memory();
+    const OpenStore empty = OpenStore::memory();
     with_inter.add(inter_cert);
     HCERTSTORE with_inter_handle = with_inter.get();
     SYSTEMTIME in_2048{2048, 12, 0, 31, 12, 0, 0, 0}; // when the CRLs have expired
@@ -221,7 +222,8 @@ TEST(Export, EndsAListWithTheFirstCertificateThatIsNotGood) {
 
 TEST(Export, DoesNotLetACertificateVouchForItself) {
     // The CRL was signed by somebody whom the CA in question certified.
-    const OpenStore signers = OpenStore::memory(), crls = OpenStore::memory();
+    const OpenStore signers = OpenStore::memory();
+    const OpenStore crls = OpenStore::memory();
     signers.add(certify(inter, renewed, {}, always));
     crls.add_crl(list(renewed, {}, {}, from_2000));
     HCERTSTORE signers_handle = signers.get();

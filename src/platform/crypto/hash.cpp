@@ -1,7 +1,7 @@
 #include "platform/crypto/AllowedHashes.h"
-#include "platform/crypto/Guarded.h"
 #include "platform/crypto/Handles.h"
 #include "platform/dispatch/CallLimits.h"
+#include "platform/store/guarded.h"
 
 using norvane::HashObject;
 
@@ -20,7 +20,7 @@ BOOL CryptCreateHash(HCRYPTPROV hProv, ALG_ID Algid, HCRYPTKEY hKey, DWORD dwFla
     if (dwFlags != 0) {
         return norvane::fail(NTE_BAD_FLAGS);
     }
-    return norvane::guarded([&] {
+    return norvane::guarded(norvane::provider_codes, [&] {
         auto hash =
             norvane::is_hash_allowed(Algid) ? context->provider.create_hash(Algid) : nullptr;
         if (hash == nullptr) {
@@ -45,7 +45,7 @@ BOOL CryptHashData(HCRYPTHASH hHash, const BYTE* pbData, DWORD dwDataLen, DWORD 
     if (!norvane::spend(norvane::Resource::hashed_bytes, dwDataLen)) {
         return norvane::fail(ERROR_NOT_ENOUGH_QUOTA);
     }
-    return norvane::guarded([&] {
+    return norvane::guarded(norvane::provider_codes, [&] {
         const std::lock_guard lock(hash->mutex);
         if (hash->at_work == nullptr) {
             return norvane::fail(NTE_BAD_HASH_STATE);

@@ -1,7 +1,7 @@
 #include "platform/crypto/AllowedHashes.h"
-#include "platform/crypto/Guarded.h"
 #include "platform/crypto/Handles.h"
 #include "platform/crypto/OutputBuffer.h"
+#include "platform/store/guarded.h"
 
 #include <algorithm>
 #include <optional>
@@ -56,17 +56,15 @@ BOOL acquire(HCRYPTPROV* handle, const Char* container, const Char* name, DWORD 
     if (container != nullptr && *container != Char{}) {
         return norvane::fail(NTE_BAD_KEYSET);
     }
-    return norvane::guarded(
-        [&] {
-            const ProviderRow* const row = choose(
-                name == nullptr ? std::nullopt : std::optional<std::string>(to_text(name)), type);
-            if (row == nullptr) {
-                return FALSE;
-            }
-            *handle = norvane::make_handle<ProviderContext>(*row, row->provider());
-            return TRUE;
-        },
-        NTE_PROVIDER_DLL_FAIL);
+    return norvane::guarded({.no_memory = NTE_NO_MEMORY, .other = NTE_PROVIDER_DLL_FAIL}, [&] {
+        const ProviderRow* const row = choose(
+            name == nullptr ? std::nullopt : std::optional<std::string>(to_text(name)), type);
+        if (row == nullptr) {
+            return FALSE;
+        }
+        *handle = norvane::make_handle<ProviderContext>(*row, row->provider());
+        return TRUE;
+    });
 }
 
 DWORD put_name(std::string_view name, CHAR* out) noexcept {

@@ -1,7 +1,7 @@
-#include "platform/crypto/Guarded.h"
 #include "platform/crypto/Handles.h"
 #include "platform/crypto/KeyCache.h"
 #include "platform/crypto/OidTable.h"
+#include "platform/store/guarded.h"
 
 #include <string_view>
 
@@ -74,7 +74,7 @@ BOOL CryptImportPublicKeyInfoEx(HCRYPTPROV hCryptProv, DWORD dwCertEncodingType,
         key.cbData > max_key_info_size - parameters.cbData) {
         return norvane::fail(NTE_BAD_PUBLIC_KEY);
     }
-    return norvane::guarded([&] {
+    return norvane::guarded(norvane::provider_codes, [&] {
         auto public_key = norvane::key_cache().get({.provider = &context->provider,
                                                     .algorithm = algorithm.signature,
                                                     .parameters = octets_of(parameters),

@@ -1,6 +1,6 @@
-#include "platform/crypto/Guarded.h"
 #include "platform/crypto/Handles.h"
 #include "platform/dispatch/CallLimits.h"
+#include "platform/store/guarded.h"
 
 #include <algorithm>
 #include <array>
@@ -48,7 +48,7 @@ BOOL CryptVerifySignatureW(HCRYPTHASH hHash, const BYTE* pbSignature, DWORD dwSi
     if (!norvane::spend_verification()) {
         return norvane::fail(ERROR_NOT_ENOUGH_QUOTA);
     }
-    return norvane::guarded([&] {
+    return norvane::guarded(norvane::provider_codes, [&] {
         std::array<std::uint8_t, max_signature_size> forward{};
         std::reverse_copy(pbSignature, pbSignature + dwSigLen, forward.begin());
         const Digest digest = finished(*hash);

@@ -7,19 +7,31 @@
 
 namespace norvane {
 
+/// The last errors that stand for what is thrown.
+struct ThrownCodes {
+    DWORD no_memory = ERROR_NOT_ENOUGH_MEMORY;
+    DWORD other = E_UNEXPECTED;
+};
+/// Those of functions of providers.
+inline constexpr ThrownCodes provider_codes{.no_memory = NTE_NO_MEMORY, .other = NTE_FAIL};
+
 /// Runs the body of a platform function, which no exception may leave. `work` gives the result of
 /// the function, or ends with `fail`. Throwing means that there is no memory, or for anything but
-/// that, a fault of the machine, such as a lock that cannot be taken.
+/// that, a fault of the machine or of a library, such as a lock that cannot be taken.
 template <class Work>
-[[nodiscard]] std::invoke_result_t<Work> guarded(Work work) noexcept {
+[[nodiscard]] std::invoke_result_t<Work> guarded(ThrownCodes codes, Work work) noexcept {
     using Result = std::invoke_result_t<Work>;
     try {
         return work();
     } catch (const std::bad_alloc&) {
-        return fail<Result>(ERROR_NOT_ENOUGH_MEMORY);
+        return fail<Result>(codes.no_memory);
     } catch (...) {
-        return fail<Result>(E_UNEXPECTED);
+        return fail<Result>(codes.other);
     }
+}
+template <class Work>
+[[nodiscard]] std::invoke_result_t<Work> guarded(Work work) noexcept {
+    return guarded(ThrownCodes{}, work);
 }
 
 } // namespace norvane

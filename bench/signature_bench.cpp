@@ -1,4 +1,5 @@
 #include "Material.h"
+#include "Rate.h"
 #include "SideBySide.h"
 #include "items/CertificateItem.h"
 
@@ -11,7 +12,6 @@
 
 #include <memory>
 #include <stdexcept>
-#include <thread>
 
 namespace norvane::bench {
 namespace {
@@ -139,38 +139,6 @@ BENCHMARK(gost_certificate_verification)
     ->UseManualTime()
     ->Iterations(100)
     ->Unit(benchmark::kMicrosecond);
-
-/// How many times the work of one thread two threads do in the same time.
-class Rate {
-  public:
-    explicit Rate(int repeat) : repeat_(repeat) {}
-
-    /// Each thread calls a function that `make_work` gives it. Returns the seconds that it took.
-    template <class MakeWork>
-    double measure(MakeWork make_work) {
-        const auto run = [&, repeat = repeat_] {
-            auto work = make_work();
-            for (int i = 0; i < repeat; ++i) {
-                work();
-            }
-        };
-        one_.push_back(seconds(run, 1));
-        two_.push_back(seconds(
-            [&] {
-                std::thread other(run);
-                run();
-                other.join();
-            },
-            1));
-        return one_.back() + two_.back();
-    }
-    [[nodiscard]] double rate() const { return 2 * median(one_) / median(two_); }
-
-  private:
-    int repeat_;
-    std::vector<double> one_;
-    std::vector<double> two_;
-};
 
 /// The rate of two threads that verify the same certificate, which should be `wanted` or more, and
 /// in turn that of two threads with the bare library: what the machine and the library give. Each

@@ -6,19 +6,12 @@
 #include <string>
 #include <utility>
 
+#include <openssl/asn1.h>
+
 namespace norvane::testing {
 namespace {
 
 std::uint8_t low_octet(auto value) { return static_cast<std::uint8_t>(value & 0xff); }
-
-void append_arc(Bytes& out, std::uint64_t arc) {
-    unsigned shift = 63;
-    while (shift > 0 && (arc >> shift) == 0)
-        shift -= 7;
-    for (; shift > 0; shift -= 7)
-        out.push_back(low_octet(0x80 | arc >> shift));
-    out.push_back(low_octet(arc & 0x7f));
-}
 
 void append_indefinite(Bytes& out, const Bytes& der, std::size_t at, std::size_t end) {
     while (at < end) {
@@ -81,18 +74,13 @@ Bytes integer_content(long long value) {
 }
 
 Bytes oid(std::string_view dotted) {
-    std::vector<std::uint64_t> arcs;
-    const char* const end = dotted.data() + dotted.size();
-    for (const char* at = dotted.data();; ++at) {
-        const auto [next, error] = std::from_chars(at, end, arcs.emplace_back());
-        if (error != std::errc() || (next != end && *next != '.'))
-            throw std::invalid_argument("not an object identifier: " + std::string(dotted));
-        if ((at = next) == end)
-            break;
-    }
-    Bytes content;
-    append_arc(content, arcs.at(0) * 40 + arcs.at(1));
-    std::for_each(arcs.begin() + 2, arcs.end(), [&](auto arc) { append_arc(content, arc); });
+    const std::string text(dotted);
+    Bytes content(text.size()); // No arc takes more octets than digits.
+    const int size =
+        a2d_ASN1_OBJECT(content.data(), static_cast<int>(content.size()), text.c_str(), -1);
+    if (size <= 0)
+        throw std::invalid_argument("not an object identifier: " + text);
+    content.resize(static_cast<std::size_t>(size));
     return tlv(0x06, content);
 }
 

@@ -48,7 +48,7 @@ const Key& Key::ec(std::size_t index) {
 
 Bytes Key::spki() const {
     std::uint8_t* out = nullptr;
-    const int size = i2d_PUBKEY(pair(), &out);
+    const int size = i2d_PUBKEY(pair_.get(), &out);
     require(size > 0, "encode a public key");
     const std::shared_ptr<void> owner(out, [](void* block) { OPENSSL_free(block); });
     return {out, out + size};
@@ -56,9 +56,9 @@ Bytes Key::spki() const {
 
 Bytes Key::sign(const Bytes& message) const {
     const std::shared_ptr<EVP_MD_CTX> digest(EVP_MD_CTX_new(), EVP_MD_CTX_free);
-    require(EVP_DigestSignInit(digest.get(), nullptr, EVP_sha256(), nullptr, pair()) == 1,
+    require(EVP_DigestSignInit(digest.get(), nullptr, EVP_sha256(), nullptr, pair_.get()) == 1,
             "begin a signature");
-    auto size = static_cast<std::size_t>(EVP_PKEY_get_size(pair()));
+    auto size = static_cast<std::size_t>(EVP_PKEY_get_size(pair_.get()));
     Bytes out(size);
     require(EVP_DigestSign(digest.get(), out.data(), &size, message.data(), message.size()) == 1,
             "sign");

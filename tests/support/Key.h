@@ -27,8 +27,6 @@ class Key {
     [[nodiscard]] Bytes sign(const Bytes& message) const;
     // The signed structure around a tbs: SEQUENCE { tbs, signature_algorithm(), BIT STRING }.
     [[nodiscard]] Bytes sign_element(const Bytes& tbs) const;
-    // The pair itself, for checks by libcrypto; it stays ours.
-    [[nodiscard]] EVP_PKEY* pair() const { return pair_.get(); }
 
   private:
     Key(EVP_PKEY* pair, Bytes signature_algorithm);

@@ -87,8 +87,9 @@ NORVANE_PLATFORM_BEGIN
 ///     `ERROR_INTERNET_SECURITY_CHANNEL_ERROR` (TLS, or the server's certificate),
 ///     `ERROR_HTTP_REDIRECT_FAILED` (too many redirections, or one to another scheme),
 ///     `HTTP_E_STATUS_FIRST` plus any status of HTTP but 200, `ERROR_ACCESS_DENIED` (the file or
-///     the entry may not be read), `E_FAIL` (any other failure of the server or of a library) or
-///     `ERROR_NOT_ENOUGH_MEMORY`.
+///     the entry may not be read), `ERROR_MOD_NOT_FOUND` (norvane_transports.so, which speaks to
+///     servers, cannot be loaded from folder "norvane" beside this library), `E_FAIL` (any other
+///     failure of the server or of a library) or `ERROR_NOT_ENOUGH_MEMORY`.
 BOOL CryptRetrieveObjectByUrlA(LPCSTR pszUrl, LPCSTR pszObjectOid, DWORD dwRetrievalFlags,
                                DWORD dwTimeout, LPVOID* ppvObject, HCRYPTASYNC hAsyncRetrieve,
                                PCRYPT_CREDENTIALS pCredentials, LPVOID pvVerify,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/config/Configuration.h"
 #include "platform/retrieval/Deadline.h"
 #include "platform/retrieval/RetrievalUrl.h"
 #include "platform/store/SignedData.h"
@@ -29,6 +30,7 @@ struct FetchRequest {
     Validators known; ///< of the response that is cached; empty if there is none
     const Deadline& deadline;
     std::uint64_t size_limit = 0; ///< bytes of the response in all
+    const Configuration& settings;
 };
 
 /// What a server delivered: one body, or the values of attributes.

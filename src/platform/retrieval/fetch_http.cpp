@@ -1,5 +1,4 @@
 #include "platform/config/AsciiCase.h"
-#include "platform/config/Configuration.h"
 #include "platform/config/Trim.h"
 #include "platform/config/UserFolders.h"
 #include "platform/retrieval/Fetch.h"
@@ -68,10 +67,10 @@ void start_curl() {
 }
 
 /// The schemes out of http and https that the configuration allows, as curl takes them.
-std::string allowed_schemes() {
+std::string allowed_schemes(const Configuration& settings) {
     std::string list;
     for (const UrlScheme scheme : {UrlScheme::http, UrlScheme::https}) {
-        const auto& allowed = configuration().url_schemes;
+        const auto& allowed = settings.url_schemes;
         if (std::ranges::find(allowed, name_of(scheme)) != allowed.end()) {
             list.append(list.empty() ? "" : ",").append(name_of(scheme));
         }
@@ -120,12 +119,12 @@ class HttpTransfer {
     }
 
     void set_options() {
-        const std::string schemes = allowed_schemes();
+        const std::string schemes = allowed_schemes(request_.settings);
         set(CURLOPT_URL, request_.url.c_str());
         set(CURLOPT_PROTOCOLS_STR, schemes.c_str());
         set(CURLOPT_REDIR_PROTOCOLS_STR, schemes.c_str());
         set(CURLOPT_FOLLOWLOCATION, 1L);
-        set(CURLOPT_MAXREDIRS, static_cast<long>(configuration().max_redirects));
+        set(CURLOPT_MAXREDIRS, static_cast<long>(request_.settings.max_redirects));
         set(CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
         set(CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
         set(CURLOPT_HTTP_CONTENT_DECODING, 0L);
@@ -150,8 +149,8 @@ class HttpTransfer {
     /// Without one of ours, libcurl takes the proxy of the environment, unless the environment is
     /// not to be trusted.
     void set_proxy() {
-        if (!configuration().proxy.empty()) {
-            set(CURLOPT_PROXY, configuration().proxy.c_str());
+        if (!request_.settings.proxy.empty()) {
+            set(CURLOPT_PROXY, request_.settings.proxy.c_str());
         } else if (getauxval(AT_SECURE) != 0) {
             set(CURLOPT_PROXY, "");
         }

@@ -2,6 +2,7 @@
 #include "platform/config/Configuration.h"
 #include "platform/retrieval/Fetch.h"
 #include "platform/retrieval/Flight.h"
+#include "platform/retrieval/Transports.h"
 #include "platform/store/contexts.h"
 #include "platform/store/guarded.h"
 
@@ -26,17 +27,15 @@ std::uint64_t to_ticks(std::uint64_t seconds) {
 }
 
 FetchOutcome fetch(UrlScheme scheme, const FetchRequest& request) {
-    switch (scheme) {
-    case UrlScheme::http:
-    case UrlScheme::https:
-        return fetch_http(request);
-    case UrlScheme::ldap:
-    case UrlScheme::ldaps:
-        return fetch_ldap(request);
-    case UrlScheme::file:
-        break;
+    if (scheme == UrlScheme::file) {
+        return fetch_file(request);
     }
-    return fetch_file(request);
+    const Transports* const servers = transports();
+    if (servers == nullptr) {
+        return FetchFailure{ERROR_MOD_NOT_FOUND};
+    }
+    const bool is_ldap = scheme == UrlScheme::ldap || scheme == UrlScheme::ldaps;
+    return is_ldap ? servers->ldap(request) : servers->http(request);
 }
 
 /// Has a server's response take the place of what is cached, unless it is worse.
@@ -92,7 +91,8 @@ RetrievalOutcome retrieve_from_server(UrlScheme scheme, ObjectKind kind, const s
                        .known = cached == nullptr ? Validators() : cached->validators,
                        .deadline = deadline,
                        .size_limit = std::min<std::uint64_t>(configuration().response_limit_bytes,
-                                                             max_input_length)});
+                                                             max_input_length),
+                       .settings = configuration()});
     if (const auto* const failure = std::get_if<FetchFailure>(&outcome)) {
         return {failure->error, nullptr};
     }

@@ -3,6 +3,7 @@
 #include "asn1/MessageBuffer.h"
 #include "asn1/Time.h"
 #include "chain/Path.h"
+#include "chain/VerifiedCrls.h"
 #include "items/ChainBase.h"
 #include "store/StoreHandle.h"
 #include "values/Date.h"
@@ -44,6 +45,7 @@ struct ChainValidator {
 
     ItemCache item_cache;        ///< Every certificate met in this run.
     CrlItemCache crl_item_cache; ///< Every CRL met in this run.
+    VerifiedCrls verified_crls;
 
     /// Certificates and CRLs of the caches that are known without any store.
     std::set<ItemCache::value_type*> extra_certificates;

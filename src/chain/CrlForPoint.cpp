@@ -96,7 +96,7 @@ RunStatus check_crl_for_point(ChainValidator& chain, CertificateChainItem& certi
     if (!find_crl_issuer(chain, signed_crl)) {
         return CHAIN_STATUS_GOOD;
     }
-    const CRLItem* const delta = first_signed_delta(deltas, *signed_crl.info.crl_issuer);
+    const CRLItem* const delta = first_signed_delta(chain, deltas, *signed_crl.info.crl_issuer);
     const bool needs_delta = crl.freshest_crl() != nullptr || subject.freshest_crl() != nullptr;
     if (needs_delta && delta == nullptr) {
         return CHAIN_STATUS_GOOD;

@@ -17,7 +17,7 @@ bool is_crl_issuer(ChainValidator& chain, const CRLItem& crl, ItemCache::value_t
     const ASN1T_KeyUsage* const usage = signer.key_usage();
     return (usage == nullptr || ASN1CBitStr(usage->bits).get(crl_sign)) &&
            private_key_was_usable(this_update(crl), signer) &&
-           crl.verify_with_key(public_key(signer)) && push_and_extend(chain, candidate);
+           chain.verified_crls.verify(crl, signer) && push_and_extend(chain, candidate);
 }
 
 } // namespace

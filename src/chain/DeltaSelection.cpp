@@ -52,10 +52,11 @@ DeltaCrlSet same_scope_deltas(const DeltaCrlSet& deltas, const CRLItem& crl) {
     return result;
 }
 
-const CRLItem* first_signed_delta(const DeltaCrlSet& deltas, const CertificateItem& signer) {
+const CRLItem* first_signed_delta(ChainValidator& chain, const DeltaCrlSet& deltas,
+                                  const CertificateItem& signer) {
     for (const CRLItem* const delta : deltas) {
         if (private_key_was_usable(this_update(*delta), signer) &&
-            delta->verify_with_key(public_key(signer))) {
+            chain.verified_crls.verify(*delta, signer)) {
             return delta;
         }
     }

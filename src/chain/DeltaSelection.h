@@ -25,7 +25,7 @@ namespace norvane {
 [[nodiscard]] DeltaCrlSet same_scope_deltas(const DeltaCrlSet& deltas, const CRLItem& crl);
 
 /// The newest delta that verifies with the signer's key, null if there is none.
-[[nodiscard]] const CRLItem* first_signed_delta(const DeltaCrlSet& deltas,
+[[nodiscard]] const CRLItem* first_signed_delta(ChainValidator& chain, const DeltaCrlSet& deltas,
                                                 const CertificateItem& signer);
 
 } // namespace norvane

@@ -35,7 +35,7 @@ bool crl_is_usable(ChainValidator& chain, const CertificateItem& issuer, const C
     if (!needs_delta && !is_current(crl, chain.verify_time)) {
         return false;
     }
-    return !key_gate_is_wanted(crl) || crl.verify_with_key(public_key(issuer));
+    return !key_gate_is_wanted(crl) || chain.verified_crls.verify(crl, issuer);
 }
 
 /// The delta CRLs to consult with a base CRL; nothing if the CRL is to be passed over.

@@ -1,5 +1,6 @@
 #include "FileContent.h"
 
+#include "platform/Descriptor.h"
 #include "platform/store/ObjectFile.h"
 
 #include <array>
@@ -20,28 +21,18 @@ InputError too_large() {
     return InputError("larger than " + std::to_string(max_object_file_size >> 20U) + " MiB");
 }
 
-class Descriptor {
-  public:
-    explicit Descriptor(const std::string& path)
-        : number_(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY)) {
-        if (number_ < 0) {
-            throw system_fault();
-        }
+int open_file(const std::string& path) {
+    const int number = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY);
+    if (number < 0) {
+        throw system_fault();
     }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() { close(number_); }
-
-    [[nodiscard]] int number() const noexcept { return number_; }
-
-  private:
-    int number_;
-};
+    return number;
+}
 
 } // namespace
 
 FileContent FileContent::of_file(const std::string& path) {
-    const Descriptor file(path);
+    const Descriptor file(open_file(path));
     struct stat status {};
     if (fstat(file.number(), &status) != 0) {
         throw system_fault();

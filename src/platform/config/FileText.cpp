@@ -1,5 +1,7 @@
 #include "platform/config/FileText.h"
 
+#include "platform/Descriptor.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
@@ -10,22 +12,6 @@
 
 namespace norvane {
 namespace {
-
-class Descriptor {
-  public:
-    explicit Descriptor(int number) noexcept : number_(number) {}
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    ~Descriptor() {
-        if (number_ >= 0) {
-            close(number_);
-        }
-    }
-    [[nodiscard]] int number() const noexcept { return number_; }
-
-  private:
-    int number_;
-};
 
 FileFault fault_of(int error) {
     return {"the file cannot be read: " + std::generic_category().message(error)};

@@ -1,9 +1,10 @@
 #include "platform/retrieval/CacheFolder.h"
 
+#include "platform/Descriptor.h"
 #include "platform/config/Configuration.h"
 #include "platform/config/UserFolders.h"
 #include "platform/retrieval/CacheSweep.h"
-#include "platform/retrieval/Descriptor.h"
+#include "platform/retrieval/PrivateFile.h"
 
 #include <array>
 #include <cerrno>

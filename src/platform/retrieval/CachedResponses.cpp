@@ -1,6 +1,7 @@
 #include "platform/retrieval/CachedResponses.h"
 
-#include "platform/retrieval/Descriptor.h"
+#include "platform/Descriptor.h"
+#include "platform/retrieval/PrivateFile.h"
 
 #include <cerrno>
 #include <fcntl.h>

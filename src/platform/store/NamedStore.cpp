@@ -35,8 +35,8 @@ class StoreReader {
                                             : std::generic_category().message(file.error));
             return;
         }
-        const auto outcome = read_file_bytes(file.path, max_object_file_size, prefer_large_pages);
-        const auto* const bytes = std::get_if<FileBytes>(&outcome);
+        auto outcome = read_file_bytes(file.path, max_object_file_size, prefer_large_pages);
+        auto* const bytes = std::get_if<FileBytes>(&outcome);
         if (bytes == nullptr) {
             const auto* const fault = std::get_if<FileFault>(&outcome);
             skip(file, fault == nullptr ? "the file has gone" : fault->text);
@@ -49,16 +49,21 @@ class StoreReader {
         }
         for (const ObjectFile::Object& object : objects.objects()) {
             if (object.kind == ObjectKind::certificate) {
-                add<SharedCertificate>(file, object);
+                add<SharedCertificate>(file, object, *bytes);
             } else {
-                add<SharedCrl>(file, object);
+                add<SharedCrl>(file, object, *bytes);
             }
         }
     }
 
+    /// @param bytes of the file; given away if the object is all of it.
     template <class Object>
-    void add(const InventoryFile& file, const ObjectFile::Object& object) {
-        auto outcome = SharedObjects<Object>::instance().get(object.bytes);
+    void add(const InventoryFile& file, const ObjectFile::Object& object, FileBytes& bytes) {
+        const bool whole =
+            object.bytes.data == bytes.octets.get() && object.bytes.length == bytes.size;
+        auto& all = SharedObjects<Object>::instance();
+        auto outcome = whole ? all.get(EncodedBytes{std::move(bytes.octets), object.bytes.length})
+                             : all.get(object.bytes);
         if (const auto* const fault = std::get_if<ObjectFault>(&outcome)) {
             skip(file, numbered(object.number, fault->text));
             return;

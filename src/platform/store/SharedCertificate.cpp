@@ -5,12 +5,13 @@
 #include <algorithm>
 #include <functional>
 #include <span>
+#include <utility>
 
 namespace norvane {
 
-std::variant<Ref<SharedCertificate>, ObjectFault> SharedCertificate::make(ByteView bytes,
+std::variant<Ref<SharedCertificate>, ObjectFault> SharedCertificate::make(EncodedBytes bytes,
                                                                           std::uint64_t hash) {
-    auto object = Ref<SharedCertificate>::adopt(new SharedCertificate(bytes, hash));
+    auto object = Ref<SharedCertificate>::adopt(new SharedCertificate(std::move(bytes), hash));
     auto ctxt = std::make_unique<ASN1CTXT>();
     ASN1T_Certificate tree;
     if (decode_element(*ctxt, object->encoded(), tree) < 0) {

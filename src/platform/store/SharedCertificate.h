@@ -15,8 +15,8 @@ class SharedCertificate : public SharedObject<SharedCertificate> {
   public:
     using Context = CERT_CONTEXT;
 
-    /// Decodes a copy of the bytes. Throws std::bad_alloc.
-    [[nodiscard]] static std::variant<Ref<SharedCertificate>, ObjectFault> make(ByteView bytes,
+    /// Decodes the bytes. Throws std::bad_alloc.
+    [[nodiscard]] static std::variant<Ref<SharedCertificate>, ObjectFault> make(EncodedBytes bytes,
                                                                                 std::uint64_t hash);
 
     /// The context outside of stores, after which those of stores are made.

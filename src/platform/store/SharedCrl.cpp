@@ -3,6 +3,7 @@
 #include "asn1/Decode.h"
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 namespace norvane {
@@ -26,8 +27,8 @@ ByteView significant_octets(ByteView integer) {
 
 } // namespace
 
-std::variant<Ref<SharedCrl>, ObjectFault> SharedCrl::make(ByteView bytes, std::uint64_t hash) {
-    auto object = Ref<SharedCrl>::adopt(new SharedCrl(bytes, hash));
+std::variant<Ref<SharedCrl>, ObjectFault> SharedCrl::make(EncodedBytes bytes, std::uint64_t hash) {
+    auto object = Ref<SharedCrl>::adopt(new SharedCrl(std::move(bytes), hash));
     ASN1T_CertificateList tree;
     if (decode_element(object->ctxt_, object->encoded(), tree) < 0) {
         return object_fault(object->ctxt_);

@@ -18,8 +18,8 @@ class SharedCrl : public SharedObject<SharedCrl> {
   public:
     using Context = CRL_CONTEXT;
 
-    /// Decodes a copy of the bytes. Throws std::bad_alloc.
-    [[nodiscard]] static std::variant<Ref<SharedCrl>, ObjectFault> make(ByteView bytes,
+    /// Decodes the bytes. Throws std::bad_alloc.
+    [[nodiscard]] static std::variant<Ref<SharedCrl>, ObjectFault> make(EncodedBytes bytes,
                                                                         std::uint64_t hash);
 
     /// The context outside of stores, after which those of stores are made.

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "asn1/ByteView.h"
-#include "asn1/LargePages.h"
 #include "platform/store/ByteHash.h"
+#include "platform/store/EncodedBytes.h"
 #include "platform/store/ObjectFault.h"
 #include "platform/store/Ref.h"
 #include "platform/store/ReferenceCount.h"
@@ -21,15 +21,15 @@ namespace norvane {
 template <class Object>
 class SharedObjects;
 
-/// What all contexts over the same bytes have in common: a copy of the bytes and what is read from
-/// them. It does not change, so any thread may read it. `Object` is the class that derives.
+/// What all contexts over the same bytes have in common: the bytes and what is read from them. It
+/// does not change, so any thread may read it. `Object` is the class that derives.
 template <class Object>
 class SharedObject {
   public:
     SharedObject(const SharedObject&) = delete;
     SharedObject& operator=(const SharedObject&) = delete;
 
-    [[nodiscard]] ByteView encoded() const noexcept { return {bytes_.get(), length_}; }
+    [[nodiscard]] ByteView encoded() const noexcept { return bytes_.view(); }
     [[nodiscard]] std::uint64_t hash() const noexcept { return hash_; }
 
     void add_reference() noexcept { references_.add(); }
@@ -43,19 +43,14 @@ class SharedObject {
     }
 
   protected:
-    SharedObject(ByteView bytes, std::uint64_t hash)
-        : hash_(hash), length_(bytes.length),
-          bytes_(std::make_unique_for_overwrite<std::uint8_t[]>(bytes.length)) {
-        prefer_large_pages(bytes_.get(), length_);
-        std::copy(bytes.begin(), bytes.end(), bytes_.get());
-    }
+    SharedObject(EncodedBytes bytes, std::uint64_t hash) noexcept
+        : hash_(hash), bytes_(std::move(bytes)) {}
     ~SharedObject() = default;
 
   private:
     ReferenceCount references_{1};
     std::uint64_t hash_;
-    std::uint32_t length_;
-    std::unique_ptr<std::uint8_t[]> bytes_;
+    EncodedBytes bytes_;
 };
 
 /// Those that are alive in this process, by their bytes.
@@ -68,17 +63,13 @@ class SharedObjects {
         return *objects;
     }
 
-    /// The object over these bytes, made by `Object::make` if there is none.
+    /// The object over these bytes, made by `Object::make` of a copy if there is none.
     [[nodiscard]] std::variant<Ref<Object>, ObjectFault> get(ByteView bytes) {
-        const std::uint64_t hash = byte_hash(bytes);
-        if (Ref<Object> known = find(hash, bytes)) {
-            return known;
-        }
-        std::variant<Ref<Object>, ObjectFault> made = Object::make(bytes, hash);
-        if (auto* const object = std::get_if<Ref<Object>>(&made)) {
-            return enter(std::move(*object));
-        }
-        return made;
+        return get(bytes, [bytes] { return EncodedBytes::copy_of(bytes); });
+    }
+    /// The same without a copy.
+    [[nodiscard]] std::variant<Ref<Object>, ObjectFault> get(EncodedBytes&& bytes) {
+        return get(bytes.view(), [&] { return std::move(bytes); });
     }
 
     /// For an object without references.
@@ -102,6 +93,19 @@ class SharedObjects {
 
     [[nodiscard]] Shard& shard_of(std::uint64_t hash) {
         return shards_[hash >> 32 & (shard_count - 1)];
+    }
+
+    template <class GiveBytes>
+    [[nodiscard]] std::variant<Ref<Object>, ObjectFault> get(ByteView bytes, GiveBytes give_bytes) {
+        const std::uint64_t hash = byte_hash(bytes);
+        if (Ref<Object> known = find(hash, bytes)) {
+            return known;
+        }
+        std::variant<Ref<Object>, ObjectFault> made = Object::make(give_bytes(), hash);
+        if (auto* const object = std::get_if<Ref<Object>>(&made)) {
+            return enter(std::move(*object));
+        }
+        return made;
     }
 
     /// Of large CRLs the comparison takes its time, so it is made without the lock.

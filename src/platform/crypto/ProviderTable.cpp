@@ -1,7 +1,7 @@
 #include "platform/crypto/ProviderTable.h"
 
 #include "platform/config/AsciiCase.h"
-#include "platform/crypto/BotanProvider.h"
+#include "platform/crypto/GostProvider.h"
 #include "platform/crypto/LibcryptoProvider.h"
 
 #include <algorithm>
@@ -15,7 +15,7 @@ constexpr ProviderRow rows[] = {
     {PROV_RSA_AES, "RSA Full and AES", "Norvane RSA and AES Provider over libcrypto",
      libcrypto_provider},
     {PROV_NORVANE_GOST, "GOST R 34.10 Signature", "Norvane GOST Provider over Botan",
-     botan_provider},
+     gost_provider},
 };
 
 const ProviderRow* row_or_null(const ProviderRow* found) noexcept {

@@ -1,0 +1,66 @@
+#include "platform/crypto/GostProvider.h"
+
+#include "platform/ModulePath.h"
+#include "platform/crypto/GostLibrary.h"
+
+#include <dlfcn.h>
+#include <stdexcept>
+
+namespace norvane {
+namespace {
+
+constexpr Algorithm offered[] = {
+    {CALG_NORVANE_GOST_R3411_94, 256, 256, 256, "GR 34.11-94", "GOST R 34.11-94 Hash"},
+    {CALG_NORVANE_GOST_R3411_2012_256, 256, 256, 256, "GR 34.11-12/256",
+     "GOST R 34.11-2012 Hash, 256 bits"},
+    {CALG_NORVANE_GOST_R3411_2012_512, 512, 512, 512, "GR 34.11-12/512",
+     "GOST R 34.11-2012 Hash, 512 bits"},
+    {CALG_NORVANE_GOST_R3410_94, 1024, 512, 1024, "GR 34.10-94", "GOST R 34.10-94 Signature"},
+    {CALG_NORVANE_GOST_R3410_2001, 512, 512, 512, "GR 34.10-2001", "GOST R 34.10-2001 Signature"},
+    {CALG_NORVANE_GOST_R3410_2012_256, 512, 512, 512, "GR 34.10-12/256",
+     "GOST R 34.10-2012 Signature, 256 bits"},
+    {CALG_NORVANE_GOST_R3410_2012_512, 1024, 1024, 1024, "GR 34.10-12/512",
+     "GOST R 34.10-2012 Signature, 512 bits"},
+};
+
+const GostLibrary* load_library() {
+    const std::string path = module_path("norvane_gost.so").string();
+    // Keys of it may be in use until the process ends, so it is never unloaded.
+    void* const library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
+    if (library == nullptr) {
+        return nullptr;
+    }
+    const auto entry = reinterpret_cast<decltype(&norvane_gost)>(dlsym(library, "norvane_gost"));
+    return entry == nullptr ? nullptr : entry();
+}
+
+const GostLibrary& library() {
+    static const GostLibrary* const loaded = load_library();
+    if (loaded == nullptr) {
+        throw std::runtime_error("norvane_gost.so cannot be loaded");
+    }
+    return *loaded;
+}
+
+class GostProvider final : public Provider {
+  public:
+    [[nodiscard]] std::span<const Algorithm> algorithms() const noexcept override {
+        return offered;
+    }
+    [[nodiscard]] std::unique_ptr<Hash> create_hash(ALG_ID algorithm) const override {
+        return offers(algorithm) ? library().create_hash(algorithm) : nullptr;
+    }
+    [[nodiscard]] std::shared_ptr<const PublicKey> import_key(ALG_ID algorithm, Octets parameters,
+                                                              Octets key) const override {
+        return library().import_key(algorithm, parameters, key);
+    }
+};
+
+} // namespace
+
+const Provider& gost_provider() {
+    static const GostProvider& provider = *new GostProvider;
+    return provider;
+}
+
+} // namespace norvane

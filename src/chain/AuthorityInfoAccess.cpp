@@ -37,9 +37,9 @@ void candidates_from_url(ChainValidator& chain, const ASN1T_GeneralName& locatio
     }
     HCERTSTORE retrieved = nullptr;
     // Each URL has the whole time-out, and none of it is charged to timeout_spent.
-    if (!CryptRetrieveObjectByUrlA(url_text(location).c_str(), CONTEXT_OID_CERTIFICATE, flags,
-                                   whole_milliseconds(chain.retrieval_timeout), &retrieved, nullptr,
-                                   nullptr, nullptr, nullptr)) {
+    if (CryptRetrieveObjectByUrlA(url_text(location).c_str(), CONTEXT_OID_CERTIFICATE, flags,
+                                  whole_milliseconds(chain.retrieval_timeout), &retrieved, nullptr,
+                                  nullptr, nullptr, nullptr) == FALSE) {
         SetLastError(0);
         return;
     }

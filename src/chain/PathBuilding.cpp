@@ -14,7 +14,7 @@ bool extend_path(ChainValidator& chain);
 
 /// Tests the link between the path's first element, a candidate, and its child.
 bool link_holds(ChainValidator& chain, const CertificateChainItem& child) {
-    const Chain::Position first = chain.path.items.begin();
+    const auto first = chain.path.items.begin();
     const CertificateItem& candidate = first->item();
     if (child.info().verified_issuers.contains(&candidate)) {
         return true;
@@ -90,7 +90,7 @@ bool extend_by_issuer(ChainValidator& chain) {
 
 /// Extends the path, which is not empty, from its first element towards the root.
 bool extend_path(ChainValidator& chain) {
-    const Chain::Position first = chain.path.items.begin();
+    const auto first = chain.path.items.begin();
     const bool self_signed = first->item().is_self_signed();
     const bool trusted = first->info().trusted;
     if (self_signed && !trusted) {

@@ -94,8 +94,8 @@ bool validate_path(ChainValidator& chain) {
     chain.path.path_status = 0;
 
     std::size_t budget = elements.size();
-    Position issuer = elements.begin();
-    for (Position element = elements.begin(); element != elements.end(); ++element) {
+    auto issuer = elements.begin();
+    for (auto element = elements.begin(); element != elements.end(); ++element) {
         CertificateItemSet& verified_issuers = element->info().verified_issuers;
         if (verified_issuers.contains(&issuer->item())) {
             // Nothing else adds to the set, so this finds only what the cache brought along.

@@ -12,7 +12,7 @@ BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID /*reserved*/) {
     case DLL_PROCESS_ATTACH:
         module_handle = module;
         thread_slot = TlsAlloc();
-        return thread_slot != TLS_OUT_OF_INDEXES;
+        return thread_slot != TLS_OUT_OF_INDEXES ? TRUE : FALSE;
     case DLL_PROCESS_DETACH:
         if (thread_slot != 0) {
             TlsFree(thread_slot);

@@ -45,7 +45,7 @@ void assemble_stores(ChainValidator& chain, const RevocationParameters& paramete
     if (parameters.crl_store != nullptr) {
         chain.crl_stores.emplace(parameters.crl_store);
     }
-    for (const HCERTSTORE store : parameters.cert_stores) {
+    for (HCERTSTORE store : parameters.cert_stores) {
         chain.cert_stores.emplace(store);
     }
 }

@@ -27,7 +27,4 @@ inline CRLItem crl(const std::vector<Bytes>& extensions) {
     return crl(CrlBuilder{.extensions = extensions});
 }
 
-/// How often any certificate or CRL was asked to verify with a key since the program began.
-unsigned verification_count();
-
 } // namespace norvane

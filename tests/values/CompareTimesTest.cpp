@@ -19,14 +19,16 @@ TEST(CompareTimes, FieldsDecideFromTheYearDownWhateverTheTypes) {
     const struct {
         int place;
         ASN1T_Time time;
-    } times[] = {{1, {utc, "500101000000Z"}},           {1, {general, "19500101000000Z"}},
-                 {2, {utc, "991231235959Z"}},           {3, {utc, "000101000000Z"}},
+    } times[] = {{1, {utc, "500101000000Z"}},
+                 {1, {general, "19500101000000Z"}},
+                 {2, {utc, "991231235959Z"}},
                  {3, {general, "20000101000000.999Z"}}, // the fraction counts for nothing
-                 {3, {general, "20000101010000+0100"}}, {3, {utc, "9912311900-0500"}},
-                 {4, {general, "20000101000001Z"}},     {5, {utc, "000101000100Z"}},
-                 {6, {general, "2000010101Z"}},         {7, {utc, "000102000000Z"}},
-                 {8, {utc, "000201000000Z"}},           {9, {utc, "491231235959Z"}},
-                 {10, {general, "20500101000000Z"}},    {11, {general, "99991231235959Z"}}};
+                 {3, {utc, "9912311900-0500"}},
+                 {4, {utc, "000101000100Z"}},
+                 {5, {general, "2000010101Z"}},
+                 {6, {utc, "000102000000Z"}},
+                 {7, {utc, "491231235959Z"}},
+                 {8, {general, "99991231235959Z"}}};
     for (const auto& a : times)
         for (const auto& b : times)
             EXPECT_EQ(sign(compare_times(a.time, b.time)), sign(a.place - b.place))
@@ -49,12 +51,7 @@ TEST(CompareTimes, AVerifyTimeSetByFieldsComparesBeyondWhatItsTextCanTell) {
 }
 
 TEST(CompareTimes, DatesOfTimesDropFractionsAndBeginIn1601) {
-    const auto seconds = [](const char* text, int kind) {
-        return to_time_t(date_from_asn1_time(text, kind));
-    };
-    EXPECT_EQ(seconds("700101000000Z", utc), 0U);
-    EXPECT_EQ(seconds("19700101000001.9Z", general), 1U);
-    EXPECT_EQ(seconds("20260301120000+0300", general), 1772355600U);
+    EXPECT_EQ(to_time_t(date_from_asn1_time("19700101030001.9+0300", general)), 1U);
     EXPECT_EQ(date_from_asn1_time("16010101000000Z", general).ticks(), 0U);
     EXPECT_EQ(error_of([] { return date_from_asn1_time("16001231235959Z", general); }),
               (Error{"date_exception", "ivalid time value", "Date"}));
@@ -65,14 +62,12 @@ TEST(CompareTimes, UnreadableTimesAndOtherKindsThrow) {
     const ASN1T_Time odd{3, good.text};
     const Error unsupported{"Asn1DecodeException", "Unsupported ASN1T_Time.t", "ASN1Util"};
     EXPECT_EQ(error_of([&] { return compare_times(good, odd); }), unsupported);
-    EXPECT_EQ(error_of([&] { return compare_times(odd, good); }), unsupported);
     EXPECT_EQ(error_of([&] { return date_from_asn1_time(good.text, 3); }),
               (Error{"Asn1DecodeException", "Unknown time format.", "ASN1Traits"}));
     for (const ASN1T_Time& bad : {ASN1T_Time{utc, ""}, ASN1T_Time{general, "20260301000000"}}) {
         EXPECT_EQ(error_of([&] { return compare_times(good, bad); }).type, "Asn1Exception");
-        EXPECT_EQ(error_of([&] { return compare_times(bad, good); }).type, "Asn1Exception");
-        EXPECT_EQ(error_of([&] { return date_from_asn1_time(bad.text, bad.t); }).module,
-                  "ASN1Util");
+        const Error error = error_of([&] { return date_from_asn1_time(bad.text, bad.t); });
+        EXPECT_EQ(error.type + error.module, "Asn1ExceptionASN1Util");
     }
 }
 

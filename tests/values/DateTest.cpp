@@ -24,17 +24,11 @@ std::string message_of(auto operation) {
 }
 
 constexpr const char* too_big = "time value is too big";
-constexpr const char* too_small = "time value is too small";
-constexpr const char* is_negative = "time value is negative";
 
 TEST(Date, FileTimesAreTruncatedTowardsZeroToMicroseconds) {
-    const auto entered = [](std::uint64_t count) {
-        return from_file_time(to_file_time(ticks(count))).ticks();
-    };
-    EXPECT_EQ(entered(19), 10U);
-    EXPECT_EQ(entered(epoch + 9), epoch);
-    EXPECT_EQ(entered(negative(19)), negative(10));
-    EXPECT_EQ(to_file_time(ticks(epoch)).dwHighDateTime, 0x019DB1DEU);
+    for (const auto& [given, kept] : {std::pair(epoch + 9, epoch), {negative(19), negative(10)}}) {
+        EXPECT_EQ(from_file_time(to_file_time(ticks(given))).ticks(), kept);
+    }
 }
 
 TEST(Date, SecondsSince1970TruncateTowardsZeroAndWrap) {
@@ -48,22 +42,22 @@ TEST(Date, SecondsSince1970TruncateTowardsZeroAndWrap) {
     EXPECT_EQ(message_of([] { return to_time_t(ticks(latest)); }), too_big);
 }
 
-TEST(Date, SubtractionComparesHighThenLowUnsigned) {
-    CACMPT_Date date{1, 0};
-    subtract_from(date, {0, 5});
-    EXPECT_EQ(date, (CACMPT_Date{0, 0xFFFFFFFB}));
-    date = {0x80000000, 0};
-    subtract_from(date, {1, 0});
-    EXPECT_EQ(date, (CACMPT_Date{0x7FFFFFFF, 0}));
-    EXPECT_EQ(message_of([&] { subtract_from(date, {0x7FFFFFFF, 1}); }), too_small);
-    EXPECT_EQ(date, (CACMPT_Date{0x7FFFFFFF, 0}));
-}
-
-TEST(Date, OnlyTheLatestTimeIsRefusedAsASum) {
-    CACMPT_Date date = ticks(latest - 2);
-    EXPECT_EQ(message_of([&] { add_to(date, ticks(2)); }), too_big);
-    EXPECT_EQ(date, ticks(latest - 2));
-    add_to(date, ticks(1));
+TEST(Date, SumsDifferencesAndWhatTheyRefuse) {
+    CACMPT_Date date{0x80000000, 0};
+    subtract_from(date, {1, 5}); // unsigned
+    EXPECT_EQ(date, (CACMPT_Date{0x7FFFFFFE, 0xFFFFFFFB}));
+    EXPECT_EQ(message_of([&] {
+                  subtract_from(date, {0x7FFFFFFE, 0xFFFFFFFC});
+              }),
+              "time value is too small");
+    EXPECT_EQ(difference({1, 0}, {0, 1}), (CACMPT_Date{0, 0xFFFFFFFF}));
+    for (const auto& [from, what] :
+         {std::pair(CACMPT_Date{0, 1}, CACMPT_Date{1, 0}), {{0x80000000, 0}, {0, 0}}}) { // signed
+        EXPECT_EQ(message_of([&] { return difference(from, what); }), "time value is negative");
+    }
+    // Of all sums only the latest time is refused.
+    date = ticks(latest - 1);
+    EXPECT_EQ(message_of([&] { add_to(date, ticks(1)); }), too_big);
     EXPECT_EQ(date, ticks(latest - 1));
     add_to(date, ticks(2));
     EXPECT_EQ(date, ticks(latest + 1));
@@ -75,18 +69,11 @@ TEST(Date, QuotientsAreSignedAndBelowTheTimeoutLimit) {
     EXPECT_EQ(divide(ticks(negative(19'999)), millisecond), -1);
     EXPECT_EQ(from_milliseconds(0xFFFFFFFF).ticks(), 42'949'672'950'000U);
 
-    const auto refused = [](CACMPT_Date date, CACMPT_Date unit) {
-        return message_of([&] { return divide(date, unit); });
-    };
-    EXPECT_EQ(refused(from_milliseconds(0x7FFFFFFF), millisecond), too_big);
-    EXPECT_EQ(refused(ticks(latest + 1), ticks(negative(1))), too_big);
-    EXPECT_EQ(refused(ticks(1), ticks(0)), too_big);
-}
-
-TEST(Date, DifferencesAreSigned) {
-    EXPECT_EQ(difference({1, 0}, {0, 1}), (CACMPT_Date{0, 0xFFFFFFFF}));
-    EXPECT_EQ(message_of([] { return difference({0, 1}, {1, 0}); }), is_negative);
-    EXPECT_EQ(message_of([] { return difference({0x80000000, 0}, {0, 0}); }), is_negative);
+    for (const auto& [date, unit] : {std::pair(from_milliseconds(0x7FFFFFFF), millisecond),
+                                     {ticks(latest + 1), ticks(negative(1))},
+                                     {ticks(1), ticks(0)}}) {
+        EXPECT_EQ(message_of([&] { return divide(date, unit); }), too_big);
+    }
 }
 
 } // namespace

@@ -39,13 +39,11 @@ std::size_t allocations_of_decoding(const Bytes& bytes) {
     return counter.count();
 }
 
-TEST(Allocations, AreFewForACertificateAndNoneForAnEntry) {
-    EXPECT_LE(allocations_of_decoding<ASN1T_Certificate>(full_certificate()), 30);
+TEST(Allocations, AreNoneForAnEntryOfACrl) {
     const Bytes large = large_crl(10000, Key::ec(0));
     EXPECT_EQ(allocations_of_decoding<ASN1T_CertificateList>(large),
               allocations_of_decoding<ASN1T_CertificateList>(large_crl(10, Key::ec(0))));
     Decoded<ASN1T_CertificateList> list(large);
-    ASN1BEREncodeBuffer out;
     const AllocationCounter counter;
     int keys_compromised = 0;
     for (const ASN1T_RevokedCertificate& entry : list.value.tbsCertList.revokedCertificates) {
@@ -53,7 +51,6 @@ TEST(Allocations, AreFewForACertificateAndNoneForAnEntry) {
             keys_compromised += std::get<ASN1T_CRLReason>(extension.value).value == 1 ? 1 : 0;
         }
     }
-    EXPECT_GT(ASN1C_TBSCertList(out, list.value.tbsCertList).EncodeTo(out), 490000);
     EXPECT_EQ(counter.count(), 0);
     EXPECT_EQ(keys_compromised, 2000);
 }

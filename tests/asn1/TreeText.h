@@ -52,11 +52,12 @@ class TreeText {
         put(v.t);
         v.name == nullptr ? put(v.value) : put(*v.name);
     }
-    void put(const ASN1T_GeneralNames& v) { put(v.elements); }
+    template <class T>
+    requires requires(const T& v) { v.elements; }
+    void put(const T& v) { put_list(v.elements); }
     void put(const ASN1T_DistributionPointName& v) {
         put_all(v.t, v.fullName, v.nameRelativeToCRLIssuer);
     }
-    void put(const ASN1T_AuthorityInfoAccessSyntax& v) { put(v.elements); }
     void put(const ASN1T_AccessDescription& v) { put_all(v.accessMethod, v.accessLocation); }
     void put(const ASN1T_SubjectKeyIdentifier& v) { put(v.octets); }
     void put(const ASN1T_KeyUsage& v) { put(v.bits); }
@@ -65,7 +66,6 @@ class TreeText {
     }
     void put(const ASN1T_CRLNumber& v) { put(v.value); }
     void put(const ASN1T_CRLReason& v) { put(v.value); }
-    void put(const ASN1T_CRLDistributionPoints& v) { put(v.elements); }
     void put(const ASN1T_DistributionPoint& v) {
         put_all(v.m.distributionPointPresent, v.distributionPoint, v.m.reasonsPresent, v.reasons,
                 v.m.cRLIssuerPresent, v.cRLIssuer);
@@ -80,7 +80,6 @@ class TreeText {
                 v.authorityCertIssuer, v.m.authorityCertSerialNumberPresent,
                 v.authorityCertSerialNumber);
     }
-    void put(const ASN1T_ExtKeyUsageSyntax& v) { put(v.elements); }
     void put(const ASN1T_AlgorithmIdentifier& v) { put_all(v.algorithm, v.parameters); }
     void put(const ASN1T_Time& v) {
         put(v.t);

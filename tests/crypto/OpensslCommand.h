@@ -21,11 +21,7 @@ class OpensslCommand {
                                                        "[gost]\nengine_id = gost\n"
                                                        "default_algorithms = ALL\n"
                                                        "[req]\ndistinguished_name = name\n"
-                                                       "[name]\n"
-                                                       "[ca]\ndefault_ca = authority\n"
-                                                       "[authority]\ndatabase = index.txt\n"));
-        static_cast<void>(folder_.write("index.txt", "R\t351231235959Z\t260101000000Z\t1234\t"
-                                                     "unknown\t/CN=revoked\n"));
+                                                       "[name]\n"));
     }
 
     // Fails the test, with what the command said, if it cannot do that.

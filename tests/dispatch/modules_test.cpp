@@ -69,7 +69,7 @@ TEST(RevocationModules, AreDetachedInReverseOrderWhenTheProcessExits) {
     const TemporaryFolder folder;
     const auto log = folder.path() / "log";
     EXPECT_TRUE(with_modules(both_modules, [&] {
-        const auto logging = [&](std::string name) {
+        const auto logging = [&](const std::string& name) {
             return [=, &log](DWORD reason) {
                 std::ofstream(log, std::ios::app) << name << reason << ' ';
                 if (reason == DLL_PROCESS_DETACH) {

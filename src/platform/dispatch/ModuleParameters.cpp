@@ -8,31 +8,30 @@
 namespace norvane {
 namespace {
 
-#define NORVANE_END_OF(structure, field) (offsetof(structure, field) + sizeof(structure::field))
+constexpr std::size_t word = sizeof(DWORD);
+constexpr std::size_t pointer = sizeof(void*);
 
 /// Where the fields of the structure end.
 constexpr std::array<std::size_t, 13> field_ends = {
-    NORVANE_END_OF(CERT_REVOCATION_PARA, cbSize),
-    NORVANE_END_OF(CERT_REVOCATION_PARA, pIssuerCert),
-    NORVANE_END_OF(CERT_REVOCATION_PARA, cCertStore),
-    NORVANE_END_OF(CERT_REVOCATION_PARA, rgCertStore),
-    NORVANE_END_OF(CERT_REVOCATION_PARA, hCrlStore),
-    NORVANE_END_OF(CERT_REVOCATION_PARA, pftTimeToUse),
-    NORVANE_END_OF(CERT_REVOCATION_PARA, dwUrlRetrievalTimeout),
-    NORVANE_END_OF(CERT_REVOCATION_PARA, fCheckFreshnessTime),
-    NORVANE_END_OF(CERT_REVOCATION_PARA, dwFreshnessTime),
-    NORVANE_END_OF(CERT_REVOCATION_PARA, pftCurrentTime),
-    NORVANE_END_OF(CERT_REVOCATION_PARA, pCrlInfo),
-    NORVANE_END_OF(CERT_REVOCATION_PARA, pftCacheResync),
-    NORVANE_END_OF(CERT_REVOCATION_PARA, pChainPara),
+    offsetof(CERT_REVOCATION_PARA, cbSize) + word,
+    offsetof(CERT_REVOCATION_PARA, pIssuerCert) + pointer,
+    offsetof(CERT_REVOCATION_PARA, cCertStore) + word,
+    offsetof(CERT_REVOCATION_PARA, rgCertStore) + pointer,
+    offsetof(CERT_REVOCATION_PARA, hCrlStore) + pointer,
+    offsetof(CERT_REVOCATION_PARA, pftTimeToUse) + pointer,
+    offsetof(CERT_REVOCATION_PARA, dwUrlRetrievalTimeout) + word,
+    offsetof(CERT_REVOCATION_PARA, fCheckFreshnessTime) + word,
+    offsetof(CERT_REVOCATION_PARA, dwFreshnessTime) + word,
+    offsetof(CERT_REVOCATION_PARA, pftCurrentTime) + pointer,
+    offsetof(CERT_REVOCATION_PARA, pCrlInfo) + pointer,
+    offsetof(CERT_REVOCATION_PARA, pftCacheResync) + pointer,
+    offsetof(CERT_REVOCATION_PARA, pChainPara) + pointer,
 };
 
 /// What every module may count on: the structure without its extra fields.
-constexpr std::size_t least_size = NORVANE_END_OF(CERT_REVOCATION_PARA, pftTimeToUse);
+constexpr std::size_t least_size = offsetof(CERT_REVOCATION_PARA, pftTimeToUse) + pointer;
 constexpr std::size_t least_crl_info_size =
-    NORVANE_END_OF(CERT_REVOCATION_CRL_INFO, fDeltaCrlEntry);
-
-#undef NORVANE_END_OF
+    offsetof(CERT_REVOCATION_CRL_INFO, fDeltaCrlEntry) + word;
 
 void release(PCCRL_CONTEXT& context) noexcept {
     CertFreeCRLContext(context);

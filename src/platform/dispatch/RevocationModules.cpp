@@ -32,10 +32,9 @@ Function look_up(const Library& library, const char* name) {
 class AttachedModule {
   public:
     explicit AttachedModule(Library library) noexcept
-        : library_(std::move(library)), entry_(look_up<EntryFunction>(library_, entry_function)) {
-        accepts_ =
-            entry_ == nullptr || entry_(library_.get(), DLL_PROCESS_ATTACH, nullptr) != FALSE;
-    }
+        : library_(std::move(library)), entry_(look_up<EntryFunction>(library_, entry_function)),
+          accepts_(entry_ == nullptr ||
+                   entry_(library_.get(), DLL_PROCESS_ATTACH, nullptr) != FALSE) {}
     AttachedModule(AttachedModule&&) = default;
     AttachedModule& operator=(AttachedModule&&) = delete;
     ~AttachedModule() {

@@ -83,7 +83,7 @@ Status ask_modules(const Question& question, PVOID context, PCCERT_CONTEXT issue
 }
 
 Status check(const Question& question, std::size_t index, PCCERT_CONTEXT issuer) noexcept {
-    PVOID const context = question.contexts[index];
+    const PVOID& context = question.contexts[index];
     if (question.revocation_type != CERT_CONTEXT_REVOCATION_TYPE) {
         return ask_modules(question, context, issuer);
     }

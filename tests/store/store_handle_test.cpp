@@ -52,7 +52,8 @@ TEST(StoreHandle, MarksOnlyTheStoreOfExactlyThatNameAsRoot) {
         StoreHandle store;
         EXPECT_TRUE(open_system_store(store, name, system_store_flags));
         EXPECT_EQ(StoreHandle(store).is_root(), is_root);
-        EXPECT_EQ(error_of([&] { return open_system_store(store, name, 0x1C000); }), open);
+        EXPECT_EQ(error_of([&, name = name] { return open_system_store(store, name, 0x1C000); }),
+                  open);
         EXPECT_EQ(store.is_root(), is_root);
     }
     StoreHandle absent;

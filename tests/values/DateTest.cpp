@@ -53,7 +53,8 @@ TEST(Date, SumsDifferencesAndWhatTheyRefuse) {
     EXPECT_EQ(difference({1, 0}, {0, 1}), (CACMPT_Date{0, 0xFFFFFFFF}));
     for (const auto& [from, what] :
          {std::pair(CACMPT_Date{0, 1}, CACMPT_Date{1, 0}), {{0x80000000, 0}, {0, 0}}}) { // signed
-        EXPECT_EQ(message_of([&] { return difference(from, what); }), "time value is negative");
+        EXPECT_EQ(message_of([from = from, what = what] { return difference(from, what); }),
+                  "time value is negative");
     }
     // Of all sums only the latest time is refused.
     date = ticks(latest - 1);
@@ -72,7 +73,7 @@ TEST(Date, QuotientsAreSignedAndBelowTheTimeoutLimit) {
     for (const auto& [date, unit] : {std::pair(from_milliseconds(0x7FFFFFFF), millisecond),
                                      {ticks(latest + 1), ticks(negative(1))},
                                      {ticks(1), ticks(0)}}) {
-        EXPECT_EQ(message_of([&] { return divide(date, unit); }), too_big);
+        EXPECT_EQ(message_of([date = date, unit = unit] { return divide(date, unit); }), too_big);
     }
 }
 

@@ -2,7 +2,7 @@
 
 #include "platform/StoreMaterial.h"
 
-#include <algorithm>
+#include <tuple>
 
 namespace norvane::testing {
 
@@ -28,19 +28,19 @@ decltype(CertCreateCRLContext)
     faked_CertCreateCRLContext __asm__("__wrap_norvane_CertCreateCRLContext");
 decltype(CertCreateCRLContext)
     real_CertCreateCRLContext __asm__("__real_norvane_CertCreateCRLContext");
+decltype(CryptVerifySignatureW)
+    faked_CryptVerifySignatureW __asm__("__wrap_norvane_CryptVerifySignatureW");
+decltype(CryptVerifySignatureW)
+    real_CryptVerifySignatureW __asm__("__real_norvane_CryptVerifySignatureW");
 decltype(GetSystemTime) faked_GetSystemTime __asm__("__wrap_norvane_GetSystemTime");
-decltype(GetSystemTime) real_GetSystemTime __asm__("__real_norvane_GetSystemTime");
 
 BOOL faked_CryptRetrieveObjectByUrlA(LPCSTR url, LPCSTR kind, DWORD flags, DWORD timeout,
-                                     LPVOID* object, HCRYPTASYNC async, PCRYPT_CREDENTIALS user,
-                                     LPVOID verify, PCRYPT_RETRIEVE_AUX_INFO aux) noexcept {
-    EXPECT_EQ(std::tuple(async, user, verify, aux), std::tuple(nullptr, nullptr, nullptr, nullptr));
+                                     LPVOID* object, HCRYPTASYNC /*hAsyncRetrieve*/,
+                                     PCRYPT_CREDENTIALS /*pCredentials*/, LPVOID /*pvVerify*/,
+                                     PCRYPT_RETRIEVE_AUX_INFO /*pAuxInfo*/) noexcept {
     faked.retrievals.push_back({url, flags, timeout, kind});
-    if (faked.clock)
-        *faked.clock += faked.retrieval_takes;
-    const auto& source = (flags & CRYPT_CACHE_ONLY_RETRIEVAL) != 0 ? faked.cached : faked.served;
-    const auto found = source.find(url);
-    if (found == source.end()) {
+    const auto found = faked.served.find(url);
+    if ((flags & CRYPT_CACHE_ONLY_RETRIEVAL) != 0 || found == faked.served.end()) {
         SetLastError(ERROR_TIMEOUT);
         return FALSE;
     }
@@ -48,7 +48,6 @@ BOOL faked_CryptRetrieveObjectByUrlA(LPCSTR url, LPCSTR kind, DWORD flags, DWORD
     for (const Bytes& encoded : found->second)
         EXPECT_TRUE(kind == CONTEXT_OID_CRL ? store.add_crl(encoded) : store.add(encoded));
     *object = CertDuplicateStore(store.get());
-    faked.is_reading = true;
     return TRUE;
 }
 
@@ -62,37 +61,25 @@ BOOL faked_CertVerifyRevocation(DWORD encoding, DWORD type, DWORD count, PVOID c
     question.issuer = encoding_of(para->pIssuerCert);
     question.flags = flags;
     question.timeout = para->dwUrlRetrievalTimeout;
-    question.crls = OpenStore(CertDuplicateStore(para->hCrlStore)).crls();
-    EXPECT_TRUE(FileTimeToSystemTime(para->pftTimeToUse, &question.time));
-    for (DWORD i = 0; i < para->cCertStore; ++i)
-        question.cert_stores.push_back(
-            OpenStore(CertDuplicateStore(para->rgCertStore[i])).certificates());
-    if (faked.clock)
-        *faked.clock += faked.question_takes;
-    const auto found =
-        std::ranges::find(faked.answers, question.subject, &std::pair<Bytes, Answer>::first);
-    const Answer answer = found == faked.answers.end() ? Answer() : found->second;
-    status->dwError = answer.error;
-    status->dwReason = answer.reason;
-    return answer.error == 0 ? TRUE : FALSE;
+    faked.clock += faked.question_takes;
+    return TRUE;
 }
 
 PCCRL_CONTEXT faked_CertCreateCRLContext(DWORD encoding, const BYTE* bytes, DWORD size) noexcept {
     return faked.refuses_crl_contexts ? nullptr : real_CertCreateCRLContext(encoding, bytes, size);
 }
 
+BOOL faked_CryptVerifySignatureW(HCRYPTHASH hash, const BYTE* signature, DWORD size, HCRYPTKEY key,
+                                 LPCWSTR description, DWORD flags) noexcept {
+    faked.signatures.emplace_back(signature, signature + size);
+    return real_CryptVerifySignatureW(hash, signature, size, key, description, flags);
+}
+
 void faked_GetSystemTime(LPSYSTEMTIME fields) noexcept {
-    if (!faked.clock) {
-        real_GetSystemTime(fields);
-        return;
-    }
     constexpr std::int64_t start = 134'000'000'000'000'000; // in 2025
     constexpr std::int64_t ticks_per_millisecond = 10'000;
-    const auto ticks = static_cast<std::uint64_t>(start + *faked.clock * ticks_per_millisecond);
+    const auto ticks = static_cast<std::uint64_t>(start + faked.clock * ticks_per_millisecond);
     const FILETIME time{static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32)};
     EXPECT_TRUE(FileTimeToSystemTime(&time, fields));
-    if (faked.is_reading)
-        *faked.clock += faked.reading_takes;
-    faked.is_reading = false;
 }
 }

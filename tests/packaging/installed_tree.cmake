@@ -19,7 +19,7 @@ set(stores ${SOURCE}/examples/stores)
 run("GOOD" ${tree}/${BINDIR}/revcheck --root ${stores}/Root --ca ${stores}/CA --cache-only
     ${SOURCE}/examples/rsa-good.pem)
 
-run("" ${CMAKE_COMMAND} -S ${SOURCE}/tests/packaging/program -B ${work}/program
+run("" ${CMAKE_COMMAND} -G ${GENERATOR} -S ${SOURCE}/tests/packaging/program -B ${work}/program
     -DCMAKE_PREFIX_PATH=${tree} -DCMAKE_C_COMPILER=${COMPILER}
     -DPROGRAM=${SOURCE}/examples/verdict.c)
 run("" ${CMAKE_COMMAND} --build ${work}/program)

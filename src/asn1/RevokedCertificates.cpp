@@ -179,6 +179,11 @@ ASN1T_RevokedCertificates::iterator& ASN1T_RevokedCertificates::iterator::operat
     return *this;
 }
 
+ASN1T_RevokedCertificates::Extent ASN1T_RevokedCertificates::extent_at(const std::uint8_t* place) {
+    const ByteView fields = element_at(place).content;
+    return {element_at(fields.begin()).content, fields.end()};
+}
+
 ASN1T_EntryExtensions::iterator& ASN1T_EntryExtensions::iterator::operator++() {
     place_ = element_at(place_).content.end();
     joined_ = joined_from(joined_, place_);

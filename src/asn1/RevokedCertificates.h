@@ -89,9 +89,30 @@ class ASN1T_RevokedCertificates {
     [[nodiscard]] iterator begin() const { return {content_.begin(), content_.end(), joined_}; }
     [[nodiscard]] iterator end() const { return {content_.end(), content_.end(), nullptr}; }
 
+    /// The first entry whose serial number `is_sought` takes, given its content octets; or end().
+    /// Looks at serial numbers alone and builds no other entry.
+    template <class Predicate>
+    [[nodiscard]] iterator find(Predicate is_sought) const {
+        const std::uint8_t* place = content_.begin();
+        while (place != content_.end()) {
+            const Extent entry = extent_at(place);
+            if (is_sought(entry.serial)) {
+                return {place, content_.end(), joined_};
+            }
+            place = entry.end;
+        }
+        return end();
+    }
+
     friend void decode(Reader& in, ASN1T_RevokedCertificates& out);
 
   private:
+    struct Extent {
+        ByteView serial;
+        const std::uint8_t* end;
+    };
+    [[nodiscard]] static Extent extent_at(const std::uint8_t* place);
+
     ByteView content_;
     const JoinedString* joined_ = nullptr;
 };

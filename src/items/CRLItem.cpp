@@ -178,12 +178,11 @@ std::uint32_t CRLItem::find_entry_reason(std::string_view serial_text) const {
         return entry_not_found;
     }
     const ByteView wanted{serial->data(), static_cast<std::uint32_t>(serial->size())};
-    for (const ASN1T_RevokedCertificate& entry : entries) {
-        if (entry.userCertificate.content() == wanted) {
-            return entry_reason(entry);
-        }
-    }
-    return entry_not_found;
+    const auto entry = entries.find([wanted](ByteView serial_number) {
+        // The last octet alone tells most numbers apart.
+        return serial_number.end()[-1] == wanted.end()[-1] && serial_number == wanted;
+    });
+    return entry == entries.end() ? entry_not_found : entry_reason(*entry);
 }
 
 std::uint32_t entry_reason(const ASN1T_RevokedCertificate& entry) {

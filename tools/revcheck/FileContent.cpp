@@ -46,7 +46,9 @@ FileContent FileContent::of_file(const std::string& path) {
     if (size > max_object_file_size) {
         throw too_large();
     }
-    void* const place = mmap(nullptr, size, PROT_READ, MAP_PRIVATE, file.number(), 0);
+    // All of it will be read, so the system may bring it at once.
+    constexpr int flags = MAP_PRIVATE | MAP_POPULATE;
+    void* const place = mmap(nullptr, size, PROT_READ, flags, file.number(), 0);
     if (place == MAP_FAILED) {
         throw system_fault();
     }

@@ -76,14 +76,11 @@ CRL_ENTRY* SharedCrl::find_entry(const CRYPT_INTEGER_BLOB& serial) {
     std::vector<std::uint8_t> octets(serial.cbData);
     std::reverse_copy(serial.pbData, serial.pbData + serial.cbData, octets.begin());
     const ByteView sought = significant_octets({octets.data(), serial.cbData});
-    for (const ASN1T_RevokedCertificate& revoked : revoked_) {
-        const ByteView listed = revoked.userCertificate.content();
+    const auto revoked = revoked_.find([&](ByteView listed) {
         // The last octet alone tells most numbers apart.
-        if (listed.end()[-1] == octets.back() && significant_octets(listed) == sought) {
-            return entry_for(revoked);
-        }
-    }
-    return nullptr;
+        return listed.end()[-1] == octets.back() && significant_octets(listed) == sought;
+    });
+    return revoked == revoked_.end() ? nullptr : entry_for(*revoked);
 }
 
 CRL_ENTRY* SharedCrl::entry_for(const ASN1T_RevokedCertificate& revoked) {

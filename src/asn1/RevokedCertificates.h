@@ -109,7 +109,7 @@ class ASN1T_RevokedCertificates {
   private:
     struct Extent {
         ByteView serial;
-        const std::uint8_t* end;
+        const std::uint8_t* end = nullptr;
     };
     [[nodiscard]] static Extent extent_at(const std::uint8_t* place);
 

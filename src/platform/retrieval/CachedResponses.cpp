@@ -161,9 +161,8 @@ void CachedResponses::note_growth(std::uint64_t size) {
     std::erase_if(slots_, [](const auto& item) {
         const std::unique_lock busy(item.second->mutex, std::try_to_lock);
         struct stat status {};
-        const std::string path = CacheFolder::instance().path_of(item.first);
-        return busy.owns_lock() &&
-               (lstat(path.c_str(), &status) != 0 || identity_of(status) != item.second->identity);
+        return busy.owns_lock() && (lstat(item.second->path.c_str(), &status) != 0 ||
+                                    identity_of(status) != item.second->identity);
     });
 }
 

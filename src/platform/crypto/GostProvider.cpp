@@ -1,9 +1,8 @@
 #include "platform/crypto/GostProvider.h"
 
-#include "platform/ModulePath.h"
+#include "platform/ResidentLibrary.h"
 #include "platform/crypto/GostLibrary.h"
 
-#include <dlfcn.h>
 #include <stdexcept>
 
 namespace norvane {
@@ -24,13 +23,8 @@ constexpr Algorithm offered[] = {
 };
 
 const GostLibrary* load_library() {
-    const std::string path = module_path("norvane_gost.so").string();
-    // Keys of it may be in use until the process ends, so it is never unloaded.
-    void* const library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
-    if (library == nullptr) {
-        return nullptr;
-    }
-    const auto entry = reinterpret_cast<decltype(&norvane_gost)>(dlsym(library, "norvane_gost"));
+    const auto entry = reinterpret_cast<decltype(&norvane_gost)>(
+        resident_function("norvane_gost.so", "norvane_gost"));
     return entry == nullptr ? nullptr : entry();
 }
 

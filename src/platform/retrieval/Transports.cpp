@@ -1,21 +1,13 @@
 #include "platform/retrieval/Transports.h"
 
-#include "platform/ModulePath.h"
-
-#include <dlfcn.h>
+#include "platform/ResidentLibrary.h"
 
 namespace norvane {
 namespace {
 
 const Transports* load_transports() {
-    const std::string path = module_path("norvane_transports.so").string();
-    // Its threads may be on their way when the process ends, so it is never unloaded.
-    void* const library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
-    if (library == nullptr) {
-        return nullptr;
-    }
-    const auto entry =
-        reinterpret_cast<decltype(&norvane_transports)>(dlsym(library, "norvane_transports"));
+    const auto entry = reinterpret_cast<decltype(&norvane_transports)>(
+        resident_function("norvane_transports.so", "norvane_transports"));
     return entry == nullptr ? nullptr : entry();
 }
 

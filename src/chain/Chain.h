@@ -5,4 +5,3 @@
 #include "chain/ChainValidator.h" // IWYU pragma: export
 #include "chain/Run.h"            // IWYU pragma: export
 #include "chain/RunStatus.h"      // IWYU pragma: export
-#include "chain/VerifyTime.h"     // IWYU pragma: export

@@ -3,7 +3,7 @@
 #include "chain/PathFailure.h"
 #include "chain/RetrievalClock.h"
 #include "chain/RunStatus.h"
-#include "chain/VerifyTime.h"
+#include "values/CompareTimes.h"
 #include "values/Exceptions.h"
 
 #include <norvane/wincrypt.h>

@@ -3,6 +3,7 @@
 #include "provider/ModuleLoad.h"
 #include "provider/RevocationParameters.h"
 #include "provider/StoreAssembly.h"
+#include "values/CompareTimes.h"
 #include "values/Exceptions.h"
 
 #include <norvane/revocation.h>

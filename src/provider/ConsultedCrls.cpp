@@ -1,7 +1,6 @@
 #include "provider/ConsultedCrls.h"
 
 #include "chain/LinkTests.h"
-#include "chain/VerifyTime.h"
 #include "store/StoreHandle.h"
 #include "values/CompareTimes.h"
 #include "values/Date.h"

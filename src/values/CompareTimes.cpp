@@ -7,6 +7,21 @@
 namespace norvane {
 namespace {
 
+struct Field {
+    int (ASN1CTime::*get)();
+    int (ASN1CTime::*set)(int);
+    WORD SYSTEMTIME::*member;
+};
+
+constexpr Field fields_in_order[] = {
+    {&ASN1CTime::getYear, &ASN1CTime::setYear, &SYSTEMTIME::wYear},
+    {&ASN1CTime::getMonth, &ASN1CTime::setMonth, &SYSTEMTIME::wMonth},
+    {&ASN1CTime::getDay, &ASN1CTime::setDay, &SYSTEMTIME::wDay},
+    {&ASN1CTime::getHour, &ASN1CTime::setHour, &SYSTEMTIME::wHour},
+    {&ASN1CTime::getMinute, &ASN1CTime::setMinute, &SYSTEMTIME::wMinute},
+    {&ASN1CTime::getSecond, &ASN1CTime::setSecond, &SYSTEMTIME::wSecond},
+};
+
 int value_or_throw(int result, ASN1CTime& time) {
     if (result < 0) {
         throw Asn1Exception(rtErrGetText(time.getCtxt()), source_module::asn1_util, __LINE__);
@@ -36,11 +51,9 @@ auto with_time_object(std::string_view text, int kind, const char* message, std:
 } // namespace
 
 int compare_time_fields(ASN1CTime& a, ASN1CTime& b) {
-    constexpr int (ASN1CTime::*getters[])() = {&ASN1CTime::getYear,   &ASN1CTime::getMonth,
-                                               &ASN1CTime::getDay,    &ASN1CTime::getHour,
-                                               &ASN1CTime::getMinute, &ASN1CTime::getSecond};
-    for (const auto getter : getters) {
-        const int difference = value_or_throw((a.*getter)(), a) - value_or_throw((b.*getter)(), b);
+    for (const Field& field : fields_in_order) {
+        const int difference =
+            value_or_throw((a.*field.get)(), a) - value_or_throw((b.*field.get)(), b);
         if (difference != 0) {
             return difference;
         }
@@ -60,19 +73,23 @@ int compare_times(const ASN1T_Time& a, const ASN1T_Time& b) {
 
 CACMPT_Date date_from_asn1_time(std::string_view text, int kind) {
     return with_time_object(
-        text, kind, "Unknown time format.", source_module::asn1_traits, [](ASN1CTime& object) {
-            const auto get = [&object](int (ASN1CTime::*getter)()) {
-                return static_cast<WORD>(value_or_throw((object.*getter)(), object));
-            };
-            SYSTEMTIME fields{};
-            fields.wYear = get(&ASN1CTime::getYear);
-            fields.wMonth = get(&ASN1CTime::getMonth);
-            fields.wDay = get(&ASN1CTime::getDay);
-            fields.wHour = get(&ASN1CTime::getHour);
-            fields.wMinute = get(&ASN1CTime::getMinute);
-            fields.wSecond = get(&ASN1CTime::getSecond);
-            return from_system_time(fields);
-        });
+        text, kind, "Unknown time format.", source_module::asn1_traits,
+        [](ASN1CTime& object) { return from_system_time(system_time(object)); });
+}
+
+SYSTEMTIME system_time(ASN1CTime& time) {
+    SYSTEMTIME fields{};
+    for (const Field& field : fields_in_order) {
+        fields.*field.member = static_cast<WORD>(value_or_throw((time.*field.get)(), time));
+    }
+    return fields;
+}
+
+void set_time(ASN1CTime& time, const SYSTEMTIME& fields) {
+    time.clear();
+    for (const Field& field : fields_in_order) {
+        value_or_throw((time.*field.set)(fields.*field.member), time);
+    }
 }
 
 void set_time_now(ASN1CTime& time) { value_or_throw(time.setTime(std::time(nullptr)), time); }

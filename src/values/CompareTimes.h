@@ -4,6 +4,8 @@
 #include "asn1/Time.h"
 #include "values/Date.h"
 
+#include <norvane/wincrypt.h>
+
 #include <string_view>
 
 namespace norvane {
@@ -24,6 +26,13 @@ namespace norvane {
 /// The date of a time's text; `kind` is the alternative of ASN1T_Time. A calendar time before 1601
 /// throws date_exception.
 [[nodiscard]] CACMPT_Date date_from_asn1_time(std::string_view text, int kind);
+
+/// The calendar fields of the time, with 0 for milliseconds and day of the week.
+[[nodiscard]] SYSTEMTIME system_time(ASN1CTime& time);
+
+/// Sets the time object to a calendar time in UTC, whose milliseconds and day of the week are
+/// dropped. Throws Asn1Exception for a calendar time that does not exist.
+void set_time(ASN1CTime& time, const SYSTEMTIME& fields);
 
 /// Sets the time object to the system's clock, in whole seconds of UTC.
 void set_time_now(ASN1CTime& time);

@@ -4,6 +4,7 @@
 #include "FakedPlatform.h"
 #include "chain/Chain.h"
 #include "platform/StoreMaterial.h"
+#include "values/CompareTimes.h"
 
 #include <algorithm>
 

@@ -53,8 +53,7 @@ bool same_settings(const Configuration& a, const Configuration& b) {
            a.cache_size_bytes == b.cache_size_bytes && a.url_schemes == b.url_schemes &&
            a.max_redirects == b.max_redirects && a.retrieval_timeout == b.retrieval_timeout &&
            a.proxy == b.proxy && a.sha1 == b.sha1 &&
-           a.response_limit_bytes == b.response_limit_bytes &&
-           a.max_signature_verifications == b.max_signature_verifications;
+           a.response_limit_bytes == b.response_limit_bytes;
 }
 
 } // namespace

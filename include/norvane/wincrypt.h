@@ -40,6 +40,7 @@
 #include <norvane/platform/local_memory.h>
 #include <norvane/platform/modules.h>
 #include <norvane/platform/oid_info.h>
+#include <norvane/platform/process_failure.h>
 #include <norvane/platform/providers.h>
 #include <norvane/platform/registry.h>
 #include <norvane/platform/retrieval.h>

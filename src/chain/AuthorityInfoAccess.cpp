@@ -1,5 +1,7 @@
 #include "chain/AuthorityInfoAccess.h"
 
+#include "call/Question.h"
+#include "chain/Retrieval.h"
 #include "chain/RetrievalClock.h"
 #include "chain/UrlName.h"
 #include "store/StoreUtil.h"
@@ -31,21 +33,21 @@ void candidates_from_url(ChainValidator& chain, const ASN1T_GeneralName& locatio
     if (location.t != ASN1T_GeneralName::uniformResourceIdentifier) {
         return;
     }
-    DWORD flags = CRYPT_RETRIEVE_MULTIPLE_OBJECTS | retrieval_flags;
+    DWORD flags = retrieval_flags;
     if ((chain.chain_flags & ChainFlagCacheOnlyUrl) != 0) {
         flags |= CRYPT_CACHE_ONLY_RETRIEVAL;
     }
-    HCERTSTORE retrieved = nullptr;
     // Each URL has the whole time-out, and none of it is charged to timeout_spent.
-    if (CryptRetrieveObjectByUrlA(url_text(location).c_str(), CONTEXT_OID_CERTIFICATE, flags,
-                                  whole_milliseconds(chain.retrieval_timeout), &retrieved, nullptr,
-                                  nullptr, nullptr, nullptr) == FALSE) {
-        SetLastError(0);
+    RetrievedStore retrieved = retrieve_store(url_text(location), CONTEXT_OID_CERTIFICATE, flags,
+                                              whole_milliseconds(chain.retrieval_timeout));
+    if (retrieved.handle() == nullptr) {
         return;
     }
-    // The reference that came with the retrieval is kept until the process ends, which keeps the
-    // platform's shared store of this URL warm.
-    candidates_from_retrieved_store(chain, StoreHandle(retrieved), search);
+    const StoreHandle store(retrieved.handle());
+    // The reference that came with the retrieval stays behind, so that the platform's shared store
+    // of this URL is still there when it is asked for again.
+    leave_behind(retrieved.release());
+    candidates_from_retrieved_store(chain, store, search);
 }
 
 } // namespace

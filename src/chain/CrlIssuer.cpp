@@ -4,6 +4,7 @@
 #include "chain/IssuerCandidates.h"
 #include "chain/LinkTests.h"
 #include "chain/PathBuilding.h"
+#include "values/ProcessFailure.h"
 
 #include <utility>
 
@@ -32,13 +33,10 @@ bool find_crl_issuer(ChainValidator& chain, CRLChainItem& crl) {
     candidates_from_stores(chain, search);
 
     for (const IssuerCandidate& candidate : search.candidates()) {
-        try {
-            if (is_crl_issuer(chain, crl.item, *candidate.certificate)) {
-                crl.info.crl_issuer = &candidate.certificate->first;
-                return true;
-            }
-        } catch (...) {
-            // This candidate only.
+        if (holds_without_fault(
+                [&] { return is_crl_issuer(chain, crl.item, *candidate.certificate); })) {
+            crl.info.crl_issuer = &candidate.certificate->first;
+            return true;
         }
     }
     if (chain.best_path) {

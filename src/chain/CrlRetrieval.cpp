@@ -1,6 +1,7 @@
 #include "chain/CrlRetrieval.h"
 
 #include "chain/CrlSearch.h"
+#include "chain/Retrieval.h"
 #include "chain/RetrievalClock.h"
 #include "chain/UrlName.h"
 #include "store/StoreUtil.h"
@@ -10,28 +11,6 @@
 
 namespace norvane {
 namespace {
-
-/// A store that a retrieval brought, closed at the end.
-class RetrievedStore {
-  public:
-    RetrievedStore() = default;
-    RetrievedStore(const RetrievedStore&) = delete;
-    RetrievedStore& operator=(const RetrievedStore&) = delete;
-    ~RetrievedStore() {
-        if (handle_ != nullptr) {
-            CertCloseStore(handle_, 0);
-        }
-    }
-
-    [[nodiscard]] HCERTSTORE handle() const { return handle_; }
-    [[nodiscard]] bool retrieve(const std::string& url, DWORD flags, DWORD timeout) {
-        return CryptRetrieveObjectByUrlA(url.c_str(), CONTEXT_OID_CRL, flags, timeout, &handle_,
-                                         nullptr, nullptr, nullptr, nullptr) != FALSE;
-    }
-
-  private:
-    HCERTSTORE handle_ = nullptr;
-};
 
 void take_crls_from_store(ChainValidator& chain, HCERTSTORE store, CrlItemSet& out) {
     const CACMPT_BLOB any_issuer;
@@ -57,13 +36,14 @@ void retrieve_url(ChainValidator& chain, const std::string& url, DWORD flags, Cr
         subtract_from(remaining, chain.timeout_spent);
     }
 
-    RetrievedStore store;
-    if (allowed && !chain.retrieved_urls.contains(url) &&
-        store.retrieve(url, flags | CRYPT_RETRIEVE_MULTIPLE_OBJECTS,
-                       whole_milliseconds(remaining))) {
-        // A retrieval that succeeds is deliberately charged twice, here and with its reading.
-        charge_time(chain, start);
-        take_crls_from_store(chain, store.handle(), out);
+    if (allowed && !chain.retrieved_urls.contains(url)) {
+        const RetrievedStore store =
+            retrieve_store(url, CONTEXT_OID_CRL, flags, whole_milliseconds(remaining));
+        if (store.handle() != nullptr) {
+            // A retrieval that succeeds is deliberately charged twice, here and with its reading.
+            charge_time(chain, start);
+            take_crls_from_store(chain, store.handle(), out);
+        }
     } else {
         SetLastError(0);
     }

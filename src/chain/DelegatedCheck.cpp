@@ -1,27 +1,28 @@
 #include "chain/DelegatedCheck.h"
 
+#include "call/Question.h"
 #include "chain/PathFailure.h"
 #include "chain/RetrievalClock.h"
 #include "chain/RunStatus.h"
 #include "values/CompareTimes.h"
-#include "values/Exceptions.h"
 
 #include <norvane/wincrypt.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
+#include <utility>
 #include <vector>
 
 namespace norvane {
 namespace {
 
 [[noreturn]] void throw_last_error(std::uint32_t line) {
-    throw CryptException(GetLastError(), source_module::chain_validator, line);
+    throw_platform_error(GetLastError(), source_module::chain_validator, line);
 }
 
-/// A certificate context that is freed if the question ends in an exception. After an answer its
-/// reference is deliberately left to the platform, which shares contexts over equal bytes.
+/// A certificate context that is freed if the question ends in an exception, and deliberately left
+/// behind after an answer.
 class QuestionContext {
   public:
     explicit QuestionContext(const CertificateItem& item) {
@@ -40,14 +41,14 @@ class QuestionContext {
     }
 
     [[nodiscard]] PCCERT_CONTEXT get() const { return context_; }
-    void keep() { context_ = nullptr; }
+    void leave() { leave_behind(std::exchange(context_, nullptr)); }
 
   private:
     PCCERT_CONTEXT context_ = nullptr;
 };
 
 /// A new store, with a second reference of its own, which is always closed. The first one is closed
-/// if the question ends in an exception, and deliberately left to the platform after an answer.
+/// if the question ends in an exception, and deliberately left behind after an answer.
 class QuestionStore {
   public:
     explicit QuestionStore(LPCSTR provider) : first_(CertOpenStore(provider, 0, 0, 0, nullptr)) {
@@ -66,7 +67,7 @@ class QuestionStore {
     }
 
     [[nodiscard]] HCERTSTORE get() const { return second_; }
-    void keep() { first_ = nullptr; }
+    void leave() { leave_behind(std::exchange(first_, nullptr)); }
 
   private:
     HCERTSTORE first_;
@@ -177,11 +178,17 @@ std::uint32_t verify_by_other_providers(ChainValidator& chain, Chain::Position e
         add_to(chain.timeout_spent, time_since(start));
     }
 
-    subject.keep();
-    issuer_hint.keep();
-    certificates.keep();
-    crls.keep();
-    collection.keep();
+    // Whoever could not look because the process failed has said nothing about the certificate.
+    require_health();
+    if (!is_good) {
+        require_no_process_error(status.dwError, source_module::chain_validator, __LINE__);
+    }
+
+    subject.leave();
+    issuer_hint.leave();
+    certificates.leave();
+    crls.leave();
+    collection.leave();
     return answer_of(is_good, status);
 }
 

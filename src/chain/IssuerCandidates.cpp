@@ -2,6 +2,7 @@
 
 #include "store/StoreUtil.h"
 #include "values/IntegerText.h"
+#include "values/ProcessFailure.h"
 
 #include <algorithm>
 #include <list>
@@ -33,13 +34,11 @@ std::list<CACMPT_BLOB> find_in_store(const StoreHandle& store, const IssuerSearc
 }
 
 void add_if_match(ItemCache::value_type& certificate, IssuerCandidateSearch& search) {
-    try {
+    contain_fault([&] {
         if (matches_key(search.key(), certificate.first)) {
             search.add_candidate(certificate);
         }
-    } catch (...) {
-        // This certificate only.
-    }
+    });
 }
 
 } // namespace
@@ -111,18 +110,15 @@ void candidates_from_stores(ChainValidator& chain, IssuerCandidateSearch& search
     for (const StoreHandle& store : chain.cert_stores) {
         CertificateCacheInfo info;
         info.trusted = store.is_root();
-        try {
+        // A fault of a certificate costs that certificate, and one of the search the store.
+        contain_fault([&] {
             for (CACMPT_BLOB& encoded : find_in_store(store, search.key())) {
-                try {
+                contain_fault([&] {
                     search.add_candidate(cache_certificate(
                         chain.item_cache, CertificateItem(std::move(encoded)), info));
-                } catch (...) {
-                    // This certificate only.
-                }
+                });
             }
-        } catch (...) {
-            // This store only.
-        }
+        });
     }
 }
 

@@ -6,6 +6,7 @@
 #include "chain/PathFailure.h"
 #include "chain/PathGuard.h"
 #include "chain/PathValidation.h"
+#include "values/ProcessFailure.h"
 
 namespace norvane {
 namespace {
@@ -42,14 +43,13 @@ bool try_candidates(ChainValidator& chain, const IssuerCandidateSearch& search) 
     const CertificateChainItem& child = chain.path.items.front();
     for (const IssuerCandidate& candidate : search.candidates()) {
         PathGuard guard(chain.path);
-        try {
-            chain.path.items.emplace_front(*candidate.certificate);
-            if (link_holds(chain, child) && extend_path(chain)) {
-                guard.keep();
-                return true;
-            }
-        } catch (...) {
-            // The candidate has failed, without a record.
+        // A candidate with a fault has failed without a record.
+        if (holds_without_fault([&] {
+                chain.path.items.emplace_front(*candidate.certificate);
+                return link_holds(chain, child) && extend_path(chain);
+            })) {
+            guard.keep();
+            return true;
         }
     }
     return false;
@@ -111,16 +111,15 @@ bool extend_path(ChainValidator& chain) {
 
 bool push_and_extend(ChainValidator& chain, ItemCache::value_type& certificate) {
     PathGuard guard(chain.path);
-    try {
+    // A certificate with a fault has failed without a record.
+    const bool extended = holds_without_fault([&] {
         chain.path.items.emplace_front(certificate);
-        if (extend_path(chain)) {
-            guard.keep();
-            return true;
-        }
-    } catch (...) {
-        // The certificate has failed, without a record.
+        return extend_path(chain);
+    });
+    if (extended) {
+        guard.keep();
     }
-    return false;
+    return extended;
 }
 
 } // namespace norvane

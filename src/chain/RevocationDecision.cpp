@@ -5,6 +5,7 @@
 #include "chain/DeltaSelection.h"
 #include "chain/LinkTests.h"
 #include "values/CompareTimes.h"
+#include "values/ProcessFailure.h"
 
 #include <cstdint>
 #include <optional>
@@ -65,12 +66,10 @@ RunStatus check_distribution_points(ChainValidator& chain, CertificateChainItem&
         if (covered_reasons == all_reasons || status != CHAIN_STATUS_GOOD) {
             break;
         }
-        try {
+        contain_fault([&] { // It costs this point only.
             status = check_crl_for_point(chain, certificate, crl, deltas_for_crl, &point,
                                          covered_reasons);
-        } catch (...) {
-            // This point only.
-        }
+        });
     }
     return status;
 }
@@ -90,15 +89,13 @@ RunStatus crl_status_decision(ChainValidator& chain, CertificateChainItem& certi
 
     // Stage A: the CRLs gathered, through the certificate's distribution points.
     for (auto crl = base.begin(); crl != base.end() && has_points && is_open(); ++crl) {
-        try {
+        contain_fault([&] { // It costs this CRL only.
             if (const auto crl_deltas =
                     deltas_of_usable_crl(chain, subject, issuer, **crl, deltas, pass_flags)) {
                 status = check_distribution_points(chain, certificate, **crl, *crl_deltas,
                                                    covered_reasons);
             }
-        } catch (...) {
-            // This CRL only.
-        }
+        });
     }
     if (covered_reasons == all_reasons && status == CHAIN_STATUS_GOOD) {
         certificate.info().good_crls = used;

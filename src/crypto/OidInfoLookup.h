@@ -14,6 +14,7 @@ class COidInfoEnum {
     virtual bool on_oid_info(const CRYPT_OID_INFO& info) noexcept = 0;
     virtual ~COidInfoEnum() = default;
 
+    /// Throws PlatformFailure.
     void walk(DWORD group);
 };
 
@@ -32,8 +33,13 @@ class CFindPubKeyAlgId final : public COidInfoEnum {
     const CRYPT_OID_INFO* found_info = nullptr;
 };
 
+/// The platform's number of an algorithm, given as dotted text; 0 if it knows none. Throws
+/// PlatformFailure.
+[[nodiscard]] ALG_ID algorithm_number(const char* oid);
+
 /// The information on the signature algorithm that combines the algorithm of a public key with a
-/// hash, both given as dotted text. Null if there is none. It belongs to the platform's table.
+/// hash, both given as dotted text. Null if there is none. It belongs to the platform's table. Throws
+/// PlatformFailure.
 [[nodiscard]] const CRYPT_OID_INFO* find_signature_oid_info(const char* key_oid,
                                                             const char* hash_oid);
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "crypto/CAtlException.h"
+#include "values/CAtlException.h"
 
 #include <norvane/wincrypt.h>
 

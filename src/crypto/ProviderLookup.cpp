@@ -1,13 +1,19 @@
 #include "crypto/ProviderLookup.h"
 
+#include "values/ProcessFailure.h"
+
 namespace norvane {
 namespace {
+
+[[noreturn]] void throw_last_status(std::uint32_t line) {
+    throw_bare_status(GetLastError(), source_module::encode_and, line);
+}
 
 /// Opens a provider for public operations only. Throws CAtlException.
 HCRYPTPROV acquire(DWORD type, const WCHAR* name) {
     HCRYPTPROV provider = 0;
     if (CryptAcquireContextW(&provider, nullptr, name, type, CRYPT_VERIFYCONTEXT) == FALSE) {
-        throw last_error_exception();
+        throw_last_status(__LINE__);
     }
     return provider;
 }
@@ -17,19 +23,19 @@ void release(CFindAlgIdIn& search) {
         const BOOL released = CryptReleaseContext(search.provider, 0);
         search.provider = 0;
         if (released == FALSE) {
-            throw last_error_exception();
+            throw_last_status(__LINE__);
         }
     }
 }
 
 /// What the search found with a reference for the caller, or 0. The status of the walk does not
-/// matter: only what is held counts.
+/// matter, unless the process failed: only what is held counts.
 template <class Search>
 HCRYPTPROV find_in(ALG_ID algid) {
     Search search(algid);
-    static_cast<void>(search.walk());
+    require_no_process_error(search.walk(), source_module::encode_and, __LINE__);
     if (search.provider != 0 && CryptContextAddRef(search.provider, nullptr, 0) == FALSE) {
-        throw last_error_exception();
+        throw_last_status(__LINE__);
     }
     return search.provider;
 }
@@ -39,7 +45,7 @@ HCRYPTPROV find_in(ALG_ID algid) {
 CFindAlgIdIn::~CFindAlgIdIn() {
     try {
         release(*this);
-    } catch (const CAtlException&) { // There is nobody left to tell.
+    } catch (...) { // There is nobody left to tell.
     }
 }
 
@@ -58,7 +64,7 @@ bool has_algorithm(CFindAlgIdIn& search, DWORD type, const WCHAR* name) {
         }
     }
     if (GetLastError() != ERROR_NO_MORE_ITEMS) {
-        throw last_error_exception();
+        throw_last_status(__LINE__);
     }
     release(search); // What is held after a walk is taken for a hit.
     return false;

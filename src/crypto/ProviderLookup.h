@@ -23,7 +23,8 @@ class CFindAlgIdIn {
 /// algorithm sought. If so, the search keeps holding it; if not, it holds nothing.
 ///
 /// A provider that cannot be opened, or does not tell its algorithms, throws CAtlException and so
-/// ends the whole search; it does not pass for one that lacks the algorithm.
+/// ends the whole search; it does not pass for one that lacks the algorithm. Throws PlatformFailure
+/// if the process is to blame.
 ///
 /// @param name null for the default provider of the type.
 [[nodiscard]] bool has_algorithm(CFindAlgIdIn& search, DWORD type, const WCHAR* name);
@@ -47,7 +48,7 @@ class CFindAlgIdInProviders final : public CFindAlgIdIn, public CCryptProvidersE
 /// are installed. For 0 it is the default provider of PROV_RSA_FULL, and nobody is asked.
 ///
 /// Returns a handle that the caller releases, or 0 if no provider has the algorithm. Throws
-/// CAtlException if a provider that is asked fails.
+/// CAtlException if a provider that is asked fails, and PlatformFailure if the process does.
 [[nodiscard]] HCRYPTPROV find_provider_for_algid(ALG_ID algid);
 
 } // namespace norvane

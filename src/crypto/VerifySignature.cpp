@@ -1,8 +1,8 @@
 #include "crypto/VerifySignature.h"
 
+#include "call/Question.h"
 #include "crypto/OidInfoLookup.h"
 #include "crypto/ProviderLookup.h"
-#include "values/Exceptions.h"
 #include "values/ObjectIdentifierText.h"
 
 #include <algorithm>
@@ -26,7 +26,7 @@ OidText<max_length> text_of(const ASN1TObjId& oid, const char* too_long) {
 }
 
 [[noreturn]] void throw_last_error(std::uint32_t line) {
-    throw CryptException(GetLastError(), source_module::encode_and, line);
+    throw_platform_error(GetLastError(), source_module::encode_and, line);
 }
 
 /// An open provider.
@@ -81,7 +81,7 @@ HCRYPTPROV choose_provider(const CRYPT_OID_INFO& info, const char* key_oid) {
         }
         return provider;
     }
-    provider = find_provider_for_algid(CertOIDToAlgId(key_oid));
+    provider = find_provider_for_algid(algorithm_number(key_oid));
     if (provider == 0) {
         SetLastError(static_cast<DWORD>(CRYPT_E_NOT_FOUND));
         throw_last_error(__LINE__);
@@ -101,11 +101,12 @@ bool verify_signature(ASN1BEREncodeBuffer& encode_buffer, const SignedPart& tbs,
     const auto signature_oid = text_of<max_oid_length>(signature_algorithm.algorithm, too_long);
     const auto key_oid = text_of<max_oid_length>(spki.algorithm.algorithm, too_long);
 
-    const ALG_ID hash_algid = CertOIDToAlgId(signature_oid.data());
+    const ALG_ID hash_algid = algorithm_number(signature_oid.data());
     if (hash_algid == 0 || GET_ALG_CLASS(hash_algid) != ALG_CLASS_HASH) {
         return false;
     }
-    const char* const hash_oid = CertAlgIdToOID(hash_algid);
+    const char* const hash_oid = platform_answer([&] { return CertAlgIdToOID(hash_algid); },
+                                                 source_module::encode_and, __LINE__);
     if (hash_oid == nullptr) {
         return false;
     }
@@ -133,6 +134,8 @@ bool verify_with_provider(ASN1BEREncodeBuffer& encode_buffer, const SignedPart& 
                             __LINE__);
     }
 
+    charge_verification();
+    charge(Resource::hashed_bytes, static_cast<std::uint64_t>(length));
     HashAndKey handles;
     if (CryptCreateHash(provider, hash_algid, 0, 0, &handles.hash) == FALSE) {
         throw_last_error(__LINE__);
@@ -155,8 +158,12 @@ bool verify_with_provider(ASN1BEREncodeBuffer& encode_buffer, const SignedPart& 
                                    nullptr, &handles.key) == FALSE) {
         throw_last_error(__LINE__);
     }
-    return CryptVerifySignatureW(handles.hash, reversed_signature.data, reversed_signature.length,
-                                 handles.key, nullptr, 0) != FALSE;
+    return platform_answer(
+               [&] {
+                   return CryptVerifySignatureW(handles.hash, reversed_signature.data,
+                                                reversed_signature.length, handles.key, nullptr, 0);
+               },
+               source_module::encode_and, __LINE__) != FALSE;
 }
 
 void reverse_signature(CACMPT_BLOB& out, const ASN1TBitStr& signature) {

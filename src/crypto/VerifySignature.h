@@ -33,7 +33,8 @@ class SignedPart {
 ///
 /// False if the signature is not good, and also if the algorithms are unknown or do not belong
 /// together: neither is an exception. Throws CryptException if the platform fails or no provider
-/// supports the key (CRYPT_E_NOT_FOUND), CAtlException if the search for a provider fails,
+/// supports the key (CRYPT_E_NOT_FOUND), PlatformFailure if the process is to blame, QuotaSpent,
+/// CAtlException if the search for a provider fails,
 /// Asn1Exception if the part cannot be encoded, and one of the family if an identifier has more
 /// than 255 characters, or that of a supported key more than 128.
 ///

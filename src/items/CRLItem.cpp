@@ -3,6 +3,7 @@
 #include "items/KeptValues.h"
 #include "values/CompareTimes.h"
 #include "values/ObjectIdentifierText.h"
+#include "values/ProcessFailure.h"
 
 #include <norvane/wincrypt.h>
 
@@ -55,9 +56,13 @@ struct CRLItem::Rules {
     static void keep_kind(const ASN1T_Extension& extension, Lazy<CrlKind>& lazy) {
         int kind = -1;
         DWORD size = sizeof kind;
-        const bool decoded = CryptDecodeObject(X509_ASN_ENCODING | PKCS_7_ASN_ENCODING,
-                                               X509_ENUMERATED, extension.extnValue.data,
-                                               extension.extnValue.length, 0, &kind, &size) != 0;
+        const BOOL decoded = platform_answer(
+            [&] {
+                return CryptDecodeObject(X509_ASN_ENCODING | PKCS_7_ASN_ENCODING, X509_ENUMERATED,
+                                         extension.extnValue.data, extension.extnValue.length, 0,
+                                         &kind, &size);
+            },
+            source_module::chain_base, __LINE__);
         lazy.kept.value = decoded && (kind == 0 || kind == 1) ? kind : -1;
     }
 

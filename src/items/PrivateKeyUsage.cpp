@@ -1,6 +1,6 @@
 #include "items/PrivateKeyUsage.h"
 
-#include "values/Exceptions.h"
+#include "values/ProcessFailure.h"
 
 #include <norvane/platform/pkup.h>
 
@@ -17,9 +17,15 @@ constexpr DWORD any_server =
     CLSCTX_INPROC_SERVER | CLSCTX_INPROC_HANDLER | CLSCTX_LOCAL_SERVER | CLSCTX_REMOTE_SERVER;
 static_assert(any_server == 23);
 
+/// For functions of the registry, which answer an error code.
+bool succeeded(LSTATUS status, std::uint32_t line) {
+    require_no_process_error(static_cast<DWORD>(status), source_module::chain_base, line);
+    return status == ERROR_SUCCESS;
+}
+
 void require_success(HRESULT result, std::uint32_t line) {
     if (FAILED(result)) {
-        throw CryptException(static_cast<DWORD>(result), source_module::chain_base, line);
+        throw_platform_error(static_cast<DWORD>(result), source_module::chain_base, line);
     }
 }
 
@@ -88,8 +94,9 @@ constinit std::atomic<StrictPkup> strict_pkup_state{StrictPkup::unread};
 
 bool read_pkiv_dword(LPCWSTR name, std::uint32_t* value) {
     HKEY key = nullptr;
-    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, pkiv_key, 0, KEY_QUERY_VALUE | KEY_WOW64_32KEY, &key) !=
-        ERROR_SUCCESS) {
+    if (!succeeded(RegOpenKeyExW(HKEY_LOCAL_MACHINE, pkiv_key, 0,
+                                 KEY_QUERY_VALUE | KEY_WOW64_32KEY, &key),
+                   __LINE__)) {
         return false;
     }
     DWORD number = 0;
@@ -98,7 +105,7 @@ bool read_pkiv_dword(LPCWSTR name, std::uint32_t* value) {
         RegQueryValueExW(key, name, nullptr, nullptr, reinterpret_cast<BYTE*>(&number), &size);
     const LSTATUS closed = RegCloseKey(key);
     *value = number;
-    return queried == ERROR_SUCCESS && closed == ERROR_SUCCESS;
+    return succeeded(queried, __LINE__) && succeeded(closed, __LINE__);
 }
 
 bool strict_pkup_is_on() {
@@ -128,7 +135,7 @@ bool private_key_usage_check(const CACMPT_Date& date, const CertificateItem& iss
     const CACMPT_BLOB& encoded = issuer.encoded();
     context.reset(CertCreateCertificateContext(certificate_encoding, encoded.data, encoded.length));
     if (context == nullptr) {
-        throw CryptException(GetLastError(), source_module::chain_base, __LINE__);
+        throw_platform_error(GetLastError(), source_module::chain_base, __LINE__);
     }
     certificate.value.vt = VT_UI8;
     certificate.value.ullVal = reinterpret_cast<std::uintptr_t>(context.get());
@@ -140,7 +147,7 @@ bool private_key_usage_check(const CACMPT_Date& date, const CertificateItem& iss
     require_success(checker->Check(certificate.value, local.value, &usable), __LINE__);
 
     if (!CertFreeCertificateContext(context.release())) {
-        throw CryptException(GetLastError(), source_module::chain_base, __LINE__);
+        throw_platform_error(GetLastError(), source_module::chain_base, __LINE__);
     }
     return usable != 0;
 }

@@ -108,11 +108,19 @@ struct RawValue {
     std::string bytes;
 };
 
+template <class Number>
+std::string bytes_of(Number number) {
+    std::string bytes(sizeof number, '\0');
+    std::memcpy(bytes.data(), &number, sizeof number);
+    return bytes;
+}
+
 RawValue raw_value(const norvane::RegistryValue& value) {
     if (const auto* number = std::get_if<std::uint32_t>(&value)) {
-        std::string bytes(sizeof *number, '\0');
-        std::memcpy(bytes.data(), number, sizeof *number);
-        return {REG_DWORD, std::move(bytes)};
+        return {REG_DWORD, bytes_of(*number)};
+    }
+    if (const auto* number = std::get_if<std::uint64_t>(&value)) {
+        return {REG_QWORD, bytes_of(*number)};
     }
     const std::u16string text = norvane::to_utf16(std::get<std::string>(value));
     const std::size_t size = (text.size() + 1) * sizeof(WCHAR);

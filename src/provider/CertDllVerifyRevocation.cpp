@@ -1,10 +1,10 @@
+#include "call/Question.h"
 #include "chain/Chain.h"
 #include "provider/ConsultedCrls.h"
 #include "provider/ModuleLoad.h"
 #include "provider/RevocationParameters.h"
 #include "provider/StoreAssembly.h"
 #include "values/CompareTimes.h"
-#include "values/Exceptions.h"
 
 #include <norvane/revocation.h>
 
@@ -68,9 +68,6 @@ Turn translate(RunStatus run_status, CERT_REVOCATION_STATUS& status) {
 
 Turn decide(DWORD index, PCCERT_CONTEXT certificate, DWORD flags,
             const RevocationParameters& parameters, CERT_REVOCATION_STATUS& status) {
-    if (certificate == nullptr) {
-        throw CAException("pointer is null", source_module::chain, __LINE__);
-    }
     ChainValidator chain;
     assemble_stores(chain, parameters);
     if (parameters.time_to_use != nullptr) {
@@ -98,15 +95,30 @@ Turn decide(DWORD index, PCCERT_CONTEXT certificate, DWORD flags,
     return translate(run_status, status);
 }
 
-/// decide, with every exception turned into a verdict.
+/// The answer where there can be none.
+Turn not_checked(DWORD index, CERT_REVOCATION_STATUS& status) {
+    status.dwIndex = index;
+    refuse(status, static_cast<DWORD>(CRYPT_E_NO_REVOCATION_CHECK));
+    return Turn::failed;
+}
+
+/// decide as a question of its own, with every exception turned into a verdict. A failure of the
+/// process goes on to the questions outside this one.
 Turn take_turn(DWORD index, PCCERT_CONTEXT certificate, DWORD flags,
                const RevocationParameters& parameters, CERT_REVOCATION_STATUS& status) noexcept {
+    if (certificate == nullptr) {
+        return not_checked(index, status);
+    }
+    Question question({certificate->pbCertEncoded, certificate->cbCertEncoded});
+    if (question.runs_in_a_circle()) {
+        return not_checked(index, status);
+    }
     try {
+        question.open();
         return decide(index, certificate, flags, parameters, status);
     } catch (...) {
-        status.dwIndex = index;
-        refuse(status, static_cast<DWORD>(CRYPT_E_NO_REVOCATION_CHECK));
-        return Turn::failed;
+        question.note_failure(process_error_in_flight());
+        return not_checked(index, status);
     }
 }
 

@@ -4,6 +4,7 @@
 #include "store/StoreHandle.h"
 #include "values/CompareTimes.h"
 #include "values/Date.h"
+#include "values/ProcessFailure.h"
 
 #include <iterator>
 #include <utility>
@@ -36,7 +37,9 @@ CrlPair earliest(const CrlPairSet& pairs, TimeOf time_of) {
 
 PCCRL_CONTEXT make_context(const CRLItem& crl) {
     const CACMPT_BLOB& encoded = crl.encoded();
-    return CertCreateCRLContext(certificate_encoding, encoded.data, encoded.length);
+    return platform_answer(
+        [&] { return CertCreateCRLContext(certificate_encoding, encoded.data, encoded.length); },
+        source_module::chain, __LINE__);
 }
 
 bool release(PCCRL_CONTEXT& context) {

@@ -29,7 +29,7 @@ struct CrlPair {
 
 /// Gives the caller contexts of the consulted CRLs and, if the certificate is listed, its entry.
 /// What it holds is released first. False if the platform refuses to release or to make a context.
-/// Throws as pair_to_hand_out does.
+/// Throws as pair_to_hand_out does, and PlatformFailure if the process is to blame.
 [[nodiscard]] bool hand_out_crls(CERT_REVOCATION_CRL_INFO& info, PCCERT_CONTEXT certificate,
                                  const CertificateCacheInfo& result);
 

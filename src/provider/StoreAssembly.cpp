@@ -1,6 +1,7 @@
 #include "provider/StoreAssembly.h"
 
 #include "store/StoreHandle.h"
+#include "values/ProcessFailure.h"
 
 #include <memory>
 
@@ -13,14 +14,22 @@ struct CloseStore {
 
 /// A store for the issuer hint alone.
 void add_memory_store(ChainValidator& chain, PCCERT_CONTEXT issuer_hint) {
-    const std::unique_ptr<void, CloseStore> memory(
-        CertOpenStore(CERT_STORE_PROV_MEMORY, 0, 0, CERT_STORE_CREATE_NEW_FLAG, nullptr));
+    const std::unique_ptr<void, CloseStore> memory(platform_answer(
+        [] {
+            return CertOpenStore(CERT_STORE_PROV_MEMORY, 0, 0, CERT_STORE_CREATE_NEW_FLAG, nullptr);
+        },
+        source_module::chain, __LINE__));
     if (memory == nullptr) {
         return;
     }
     chain.cert_stores.emplace(memory.get());
     if (issuer_hint != nullptr) {
-        CertAddCertificateContextToStore(memory.get(), issuer_hint, CERT_STORE_ADD_ALWAYS, nullptr);
+        static_cast<void>(platform_answer(
+            [&] {
+                return CertAddCertificateContextToStore(memory.get(), issuer_hint,
+                                                        CERT_STORE_ADD_ALWAYS, nullptr);
+            },
+            source_module::chain, __LINE__));
     }
 }
 

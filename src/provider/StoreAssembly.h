@@ -10,7 +10,7 @@ namespace norvane {
 /// referenced anew and closed with `chain`.
 ///
 /// Throws CAException "Store handle is NULL." for a null store of the caller, and CryptException
-/// for what is no store.
+/// for what is no store, and PlatformFailure if the process is to blame for what is missing.
 void assemble_stores(ChainValidator& chain, const RevocationParameters& parameters);
 
 } // namespace norvane

@@ -3,6 +3,7 @@
 #include "items/CertName.h"
 #include "store/StoreHandle.h"
 #include "values/NameText.h"
+#include "values/ProcessFailure.h"
 
 #include <algorithm>
 #include <span>
@@ -32,8 +33,12 @@ bool may_have_key_id(std::span<const CERT_EXTENSION> extensions, ByteView key_id
     }
     const CRYPT_OBJID_BLOB& value = extension->Value;
     const auto decode = [&value](void* structure, DWORD& size) {
-        return CryptDecodeObject(certificate_encoding, authority_key_identifier, value.pbData,
-                                 value.cbData, 0, structure, &size) != FALSE;
+        return platform_answer(
+            [&] {
+                return CryptDecodeObject(certificate_encoding, authority_key_identifier,
+                                         value.pbData, value.cbData, 0, structure, &size);
+            },
+            source_module::store_util, __LINE__);
     };
     DWORD size = 0;
     if (!decode(nullptr, size)) {

@@ -1,6 +1,6 @@
 #include "store/StoreHandle.h"
 
-#include "values/Exceptions.h"
+#include "values/ProcessFailure.h"
 
 #include <string_view>
 
@@ -15,7 +15,7 @@ HCERTSTORE duplicate(HCERTSTORE handle) {
     }
     HCERTSTORE same = CertDuplicateStore(handle);
     if (same == nullptr) {
-        throw CryptException(GetLastError(), source_module::store_util, __LINE__);
+        throw_platform_error(GetLastError(), source_module::store_util, __LINE__);
     }
     return same;
 }
@@ -38,7 +38,9 @@ bool open_system_store(StoreHandle& store, LPCWSTR name, DWORD flags) {
         throw CAException("Store already opened.", source_module::store_util, __LINE__);
     }
     store.is_root_ = name == root_name;
-    store.handle_ = CertOpenStore(CERT_STORE_PROV_SYSTEM_W, 0, 0, flags, name);
+    store.handle_ = platform_answer(
+        [&] { return CertOpenStore(CERT_STORE_PROV_SYSTEM_W, 0, 0, flags, name); },
+        source_module::store_util, __LINE__);
     return store.handle_ != nullptr;
 }
 

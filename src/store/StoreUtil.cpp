@@ -1,6 +1,7 @@
 #include "store/StoreUtil.h"
 
-#include "values/Exceptions.h"
+#include "call/Question.h"
+#include "values/ProcessFailure.h"
 
 #include <cstddef>
 #include <stdexcept>
@@ -43,11 +44,12 @@ struct Crls {
     }
 };
 
-/// Frees a context if the search ends at it.
+/// Where a search stands. The context is freed if the search ends at it, and by the platform when
+/// the search moves on.
 template <class Objects, class Context>
 class CurrentContext {
   public:
-    explicit CurrentContext(const Context* context) : context_(context) {}
+    CurrentContext() = default;
     CurrentContext(const CurrentContext&) = delete;
     CurrentContext& operator=(const CurrentContext&) = delete;
     ~CurrentContext() {
@@ -56,14 +58,20 @@ class CurrentContext {
         }
     }
 
-    [[nodiscard]] const Context* get() const { return context_; }
-    /// The platform frees the present one.
-    void move_on(HCERTSTORE store, const StoreFindParam<Context>& param) {
-        context_ = Objects::next(store, param, std::exchange(context_, nullptr));
+    /// The next object that the store shows, null at the end. Throws PlatformFailure if that is
+    /// the end for want of something else, and QuotaSpent.
+    [[nodiscard]] const Context* next(HCERTSTORE store, const StoreFindParam<Context>& param) {
+        context_ = platform_answer(
+            [&] { return Objects::next(store, param, std::exchange(context_, nullptr)); },
+            source_module::store_util, __LINE__);
+        if (context_ != nullptr) {
+            charge(Resource::shown_objects);
+        }
+        return context_;
     }
 
   private:
-    const Context* context_;
+    const Context* context_ = nullptr;
 };
 
 template <class Context>
@@ -77,10 +85,10 @@ bool is_kept(StoreFindParam<Context>& param, const Context* context) {
 
 template <class Objects, class Context, class Visit>
 void visit_all(HCERTSTORE store, StoreFindParam<Context>& param, Visit visit) {
-    CurrentContext<Objects, Context> context(Objects::next(store, param, nullptr));
-    for (; context.get() != nullptr; context.move_on(store, param)) {
-        if (is_kept(param, context.get())) {
-            visit(Objects::encoded(*context.get()));
+    CurrentContext<Objects, Context> current;
+    while (const Context* const context = current.next(store, param)) {
+        if (is_kept(param, context)) {
+            visit(Objects::encoded(*context));
         }
     }
 }

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "asn1/LargePages.h"
-#include "values/Exceptions.h"
+#include "values/ProcessFailure.h"
 
 namespace norvane {
 namespace {
@@ -13,7 +13,7 @@ namespace {
 std::uint8_t* allocate(std::uint32_t count) {
     auto* const bytes = new (std::nothrow) std::uint8_t[count];
     if (bytes == nullptr) {
-        throw CAException("out of memory", source_module::asn1_blob, __LINE__);
+        throw OutOfMemory(source_module::asn1_blob, __LINE__);
     }
     prefer_large_pages(bytes, count);
     return bytes;

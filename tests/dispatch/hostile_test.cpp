@@ -49,7 +49,7 @@ Bytes crl_by(const std::string& issuer, const Key& key, const Bytes& key_id) {
 const std::string search_limits;
 #else
 const std::string search_limits =
-    "[limits]\nsignature_verifications = 1000\nshown_certificates = 500000\n";
+    "[limits]\nsignature_verifications = 1000\nshown_objects = 500000\n";
 #endif
 
 struct Material {

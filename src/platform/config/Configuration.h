@@ -21,8 +21,8 @@ struct ConfigurationProblem {
     std::string text;
 };
 
-/// A REG_DWORD or, in UTF-8, a REG_SZ.
-using RegistryValue = std::variant<std::uint32_t, std::string>;
+/// A REG_DWORD, a REG_QWORD or, in UTF-8, a REG_SZ.
+using RegistryValue = std::variant<std::uint32_t, std::uint64_t, std::string>;
 
 using PathList = std::vector<std::filesystem::path>;
 
@@ -36,7 +36,8 @@ using ByName = std::map<std::string, Value, AsciiCaseLess>;
 /// Only the functions below make one, and nobody changes it afterwards.
 struct Configuration {
     /// By full path, the root in its long form:
-    /// `HKEY_LOCAL_MACHINE\SOFTWARE\Norvane\PkiValidator\StrictPkupCheck`.
+    /// `HKEY_LOCAL_MACHINE\SOFTWARE\Norvane\PkiValidator\StrictPkupCheck`. The limits of the
+    /// revocation module are among them: section [limits] has short names for those.
     ByName<RegistryValue> registry;
     /// Files and folders, absolute, of each named system store. A path need not exist.
     ByName<PathList> stores;
@@ -54,9 +55,6 @@ struct Configuration {
     std::chrono::milliseconds retrieval_timeout{};
     std::string proxy; ///< URL; empty: none
 
-    std::uint32_t max_signature_verifications = 0;
-    std::uint64_t max_hashed_bytes = 0;
-    std::uint32_t max_shown_certificates = 0;
     bool sha1 = false;
 
     /// In the order of files and lines.

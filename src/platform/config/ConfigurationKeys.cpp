@@ -36,6 +36,31 @@ Assignment enter(Configuration& configuration, std::string_view key, std::string
     return Assignment::done;
 }
 
+std::uint64_t number_of(std::uint64_t number) { return number; }
+std::uint64_t number_of(std::chrono::milliseconds time) {
+    return static_cast<std::uint64_t>(time.count());
+}
+
+/// For a limit of the revocation module: the parser of its kind, and its name in the registry.
+template <auto parse, const char* value_name>
+Assignment set_limit(Configuration& configuration, std::string_view /*key*/,
+                     std::string_view value, const UserFolders& folders) {
+    const auto parsed = parse(value, folders);
+    if (!parsed) {
+        return Assignment::bad_value;
+    }
+    configuration.registry.insert_or_assign(
+        std::string("HKEY_LOCAL_MACHINE\\SOFTWARE\\Norvane\\PkiValidator\\") + value_name,
+        number_of(*parsed));
+    return Assignment::done;
+}
+
+constexpr char max_signature_verifications[] = "MaxSignatureVerifications";
+constexpr char max_hashed_bytes[] = "MaxHashedBytes";
+constexpr char max_shown_objects[] = "MaxShownObjects";
+constexpr char max_retrievals[] = "MaxRetrievals";
+constexpr char max_retrieval_milliseconds[] = "MaxRetrievalMilliseconds";
+
 constexpr auto enter_registry_value =
     enter<parse_registry_path, parse_registry_value, &Configuration::registry>;
 constexpr auto enter_store = enter<parse_store_name, parse_paths, &Configuration::stores>;
@@ -85,15 +110,22 @@ constexpr ConfigurationKey keys[] = {
      "The revocation modules that are asked, in this order.",
      set<parse_modules, &Configuration::revocation_modules>},
 
-    {"limits", "signature_verifications", value_kind::count, "10000",
-     "How many signatures one call of the revocation check may verify.",
-     set<parse_count, &Configuration::max_signature_verifications>},
-    {"limits", "hashed_bytes", value_kind::size, "16G",
-     "How much one call of the revocation check may hash for signatures.",
-     set<parse_size, &Configuration::max_hashed_bytes>},
-    {"limits", "shown_certificates", value_kind::count, "5000000",
-     "How often stores may show a certificate to one call of the revocation check.",
-     set<parse_count, &Configuration::max_shown_certificates>},
+    // What has no default here has that of the revocation module.
+    {"limits", "signature_verifications", value_kind::count, "",
+     "How many signatures one question to the revocation check may verify.",
+     set_limit<parse_count, max_signature_verifications>},
+    {"limits", "hashed_bytes", value_kind::size, "",
+     "How much one question to the revocation check may hash for signatures.",
+     set_limit<parse_size, max_hashed_bytes>},
+    {"limits", "shown_objects", value_kind::count, "",
+     "How often stores may show a certificate or a CRL to one question.",
+     set_limit<parse_count, max_shown_objects>},
+    {"limits", "retrievals", value_kind::count, "",
+     "How often one question to the revocation check may ask servers.",
+     set_limit<parse_count, max_retrievals>},
+    {"limits", "retrieval_time", value_kind::duration, "",
+     "How long the answers of servers to one question may take together.",
+     set_limit<parse_duration, max_retrieval_milliseconds>},
 
     {"crypto", "sha1", value_kind::on_off, "on",
      "Whether signatures over SHA-1 are verified.",

@@ -1,6 +1,5 @@
 #include "platform/crypto/AllowedHashes.h"
 #include "platform/crypto/Handles.h"
-#include "platform/dispatch/CallLimits.h"
 #include "platform/store/guarded.h"
 
 using norvane::HashObject;
@@ -41,9 +40,6 @@ BOOL CryptHashData(HCRYPTHASH hHash, const BYTE* pbData, DWORD dwDataLen, DWORD 
     }
     if (dwFlags != 0) {
         return norvane::fail(NTE_BAD_FLAGS);
-    }
-    if (!norvane::spend(norvane::Resource::hashed_bytes, dwDataLen)) {
-        return norvane::fail(ERROR_NOT_ENOUGH_QUOTA);
     }
     return norvane::guarded(norvane::provider_codes, [&] {
         const std::lock_guard lock(hash->mutex);

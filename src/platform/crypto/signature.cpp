@@ -1,5 +1,4 @@
 #include "platform/crypto/Handles.h"
-#include "platform/dispatch/CallLimits.h"
 #include "platform/store/guarded.h"
 
 #include <algorithm>
@@ -44,9 +43,6 @@ BOOL CryptVerifySignatureW(HCRYPTHASH hHash, const BYTE* pbSignature, DWORD dwSi
     }
     if (dwSigLen == 0 || dwSigLen > max_signature_size) {
         return norvane::fail(NTE_BAD_SIGNATURE);
-    }
-    if (!norvane::spend_verification()) {
-        return norvane::fail(ERROR_NOT_ENOUGH_QUOTA);
     }
     return norvane::guarded(norvane::provider_codes, [&] {
         std::array<std::uint8_t, max_signature_size> forward{};

@@ -95,18 +95,26 @@ void ModuleParameters::release_crls() noexcept {
 }
 
 void ModuleParameters::limit_time() noexcept {
-    if ((flags_ & CERT_VERIFY_REV_ACCUMULATIVE_TIMEOUT_FLAG) == 0 ||
-        para_.dwUrlRetrievalTimeout == 0) {
+    if ((flags_ & CERT_VERIFY_REV_ACCUMULATIVE_TIMEOUT_FLAG) == 0) {
         return;
     }
-    using std::chrono::milliseconds;
-    const milliseconds left = milliseconds{para_.dwUrlRetrievalTimeout} -
-                              std::chrono::duration_cast<milliseconds>(Clock::now() - begin_);
-    para_.dwUrlRetrievalTimeout = static_cast<DWORD>(std::max(left.count(), milliseconds::rep{0}));
-    if (para_.dwUrlRetrievalTimeout == 0) {
-        // To a module 0 may mean a default of its own.
-        flags_ |= CERT_VERIFY_CACHE_ONLY_BASED_REVOCATION;
+    if (para_.dwUrlRetrievalTimeout != 0) { // 0 is the module's to understand.
+        para_.dwUrlRetrievalTimeout = time_left(para_.dwUrlRetrievalTimeout);
+        if (para_.dwUrlRetrievalTimeout == 0) {
+            flags_ |= CERT_VERIFY_CACHE_ONLY_BASED_REVOCATION;
+        }
     }
+    if ((flags_ & CERT_VERIFY_CACHE_ONLY_BASED_REVOCATION) != 0) {
+        // Without the wire there is no budget, and one of nothing would shut the cache, too.
+        flags_ &= ~CERT_VERIFY_REV_ACCUMULATIVE_TIMEOUT_FLAG;
+    }
+}
+
+DWORD ModuleParameters::time_left(DWORD budget) const noexcept {
+    using std::chrono::milliseconds;
+    const milliseconds left =
+        milliseconds{budget} - std::chrono::duration_cast<milliseconds>(Clock::now() - begin_);
+    return static_cast<DWORD>(std::max(left.count(), milliseconds::rep{0}));
 }
 
 } // namespace norvane

@@ -32,6 +32,8 @@ class ModuleParameters {
 
     void release_crls() noexcept;
     void limit_time() noexcept;
+    /// Of a budget of milliseconds that began with the caller's question.
+    [[nodiscard]] DWORD time_left(DWORD budget) const noexcept;
 
     CERT_REVOCATION_PARA caller_{}; ///< its fields that are there, and 0 for the others
     DWORD caller_flags_;

@@ -1,6 +1,3 @@
-#include "platform/config/Configuration.h"
-#include "platform/dispatch/CallLimits.h"
-#include "platform/dispatch/CertificateUnderCheck.h"
 #include "platform/dispatch/ModuleParameters.h"
 #include "platform/dispatch/RevocationModules.h"
 #include "platform/failure.h"
@@ -12,8 +9,6 @@
 
 namespace {
 
-using norvane::CertificateUnderCheck;
-using norvane::DispatcherCall;
 using norvane::ModuleParameters;
 using norvane::VerifyRevocation;
 
@@ -82,19 +77,6 @@ Status ask_modules(const Question& question, PVOID context, PCCERT_CONTEXT issue
     return told;
 }
 
-Status check(const Question& question, std::size_t index, PCCERT_CONTEXT issuer) noexcept {
-    const PVOID& context = question.contexts[index];
-    if (question.revocation_type != CERT_CONTEXT_REVOCATION_TYPE) {
-        return ask_modules(question, context, issuer);
-    }
-    const CERT_CONTEXT& certificate = *static_cast<PCCERT_CONTEXT>(context);
-    if (CertificateUnderCheck::is_marked(certificate)) {
-        return failure(CRYPT_E_NO_REVOCATION_CHECK);
-    }
-    const CertificateUnderCheck mark(certificate);
-    return ask_modules(question, context, issuer);
-}
-
 /// The certificate that the caller says has issued the one at `index`, or null.
 PCCERT_CONTEXT next_in_chain(const Question& question, std::size_t index) noexcept {
     const bool is_chain = question.revocation_type == CERT_CONTEXT_REVOCATION_TYPE &&
@@ -107,7 +89,7 @@ PCCERT_CONTEXT next_in_chain(const Question& question, std::size_t index) noexce
 Status check_all(const Question& question) noexcept {
     Status status{};
     for (DWORD index = 0; index < question.contexts.size(); ++index) {
-        status = check(question, index, next_in_chain(question, index));
+        status = ask_modules(question, question.contexts[index], next_in_chain(question, index));
         status.dwIndex = index;
         if (status.dwError != ERROR_SUCCESS) {
             break;
@@ -119,15 +101,6 @@ Status check_all(const Question& question) noexcept {
     return status;
 }
 
-norvane::Quotas configured_quotas() {
-    const norvane::Configuration& configuration = norvane::configuration();
-    norvane::Quotas quotas;
-    quotas[norvane::Resource::verifications] = configuration.max_signature_verifications;
-    quotas[norvane::Resource::hashed_bytes] = configuration.max_hashed_bytes;
-    quotas[norvane::Resource::shown_certificates] = configuration.max_shown_certificates;
-    return quotas;
-}
-
 Status answer(DWORD encoding_type, DWORD revocation_type, std::span<const PVOID> contexts,
               DWORD flags, const CERT_REVOCATION_PARA* para) noexcept {
     ModuleParameters parameters(para, flags);
@@ -135,10 +108,6 @@ Status answer(DWORD encoding_type, DWORD revocation_type, std::span<const PVOID>
         return failure(E_INVALIDARG);
     }
     try {
-        const DispatcherCall call(configured_quotas());
-        if (!call.may_ask()) {
-            return failure(CRYPT_E_NO_REVOCATION_CHECK);
-        }
         const Question question{.encoding_type = encoding_type,
                                 .revocation_type = revocation_type,
                                 .contexts = contexts,

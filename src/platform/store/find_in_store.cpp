@@ -1,11 +1,9 @@
-#include "platform/dispatch/CallLimits.h"
 #include "platform/store/CollectionStore.h"
 #include "platform/store/contexts.h"
 #include "platform/store/guarded.h"
 
 #include <algorithm>
 #include <optional>
-#include <type_traits>
 #include <vector>
 
 namespace {
@@ -51,14 +49,6 @@ next_cell(Store& store, const ContextCell<Object>* previous, FirstFrom first_fro
     return nullptr;
 }
 
-/// Whether the calling thread may be shown one more. CRLs are not counted: a search that does not
-/// see all of them might miss a revocation.
-template <class Object>
-bool may_show() noexcept {
-    return !std::is_same_v<Object, SharedCertificate> ||
-           norvane::spend(norvane::Resource::shown_certificates);
-}
-
 /// What all functions that find have in common: `previous` is freed whatever happens.
 template <class Object, class FirstFrom>
 const typename Object::Context* find_next(HCERTSTORE handle,
@@ -78,8 +68,7 @@ const typename Object::Context* find_next(HCERTSTORE handle,
         if (*cell == nullptr) {
             return norvane::fail<Result>(CRYPT_E_NOT_FOUND);
         }
-        return may_show<Object>() ? norvane::share_context(**cell)
-                                  : norvane::fail<Result>(ERROR_NOT_ENOUGH_QUOTA);
+        return norvane::share_context(**cell);
     });
 }
 

@@ -1,13 +1,11 @@
 #pragma once
 
-#include <norvane/wincrypt.h>
-
 #include <cstdint>
 
 namespace norvane {
 
 /// A bare 32-bit status, raised by the enumeration of providers. It stands outside the family of
-/// CAException on purpose: nobody below the exports catches it.
+/// CAException on purpose, but like that it tells of what was asked for and not of the process.
 class CAtlException {
   public:
     explicit CAtlException(std::uint32_t status) noexcept : status_(status) {}
@@ -24,11 +22,6 @@ class CAtlException {
     constexpr std::uint32_t win32_facility = 0x80070000;
     constexpr std::uint32_t code_mask = 0x0000FFFF;
     return static_cast<std::int32_t>(error) > 0 ? win32_facility | (error & code_mask) : error;
-}
-
-/// The status of the platform call that has just failed.
-[[nodiscard]] inline CAtlException last_error_exception() noexcept {
-    return CAtlException(status_from_error(GetLastError()));
 }
 
 } // namespace norvane

@@ -1,14 +1,14 @@
-#include "platform/dispatch/StackRoom.h"
+#include "call/StackRoom.h"
+
+#include "call/StackBounds.h"
 
 #include <algorithm>
-#include <cstddef>
-#include <cstdint>
-#include <pthread.h>
 
 namespace norvane {
 namespace {
 
-// Paths and nested checks take up to 2 KiB for each CA, and TLS with a name look-up some dozens.
+// Paths and nested questions take up to 6 KiB for each CA, and TLS with a look-up of a name some
+// dozens.
 constexpr std::size_t room_wanted = std::size_t{256} * 1024;
 /// Threads with a small stack keep this part of it free instead.
 constexpr std::size_t part_wanted = 4;
@@ -16,23 +16,15 @@ constexpr std::size_t part_wanted = 4;
 /// The part of a thread's stack in which there is no more room. Stacks grow downwards.
 struct NoRoom {
     std::uintptr_t begin;
-    std::uintptr_t end;
+    std::uintptr_t end; ///< 0: not looked at yet
 };
 
 NoRoom no_room_of_this_thread() noexcept {
-    pthread_attr_t attributes;
-    if (pthread_getattr_np(pthread_self(), &attributes) != 0) {
+    const auto bounds = stack_bounds_of_this_thread();
+    if (!bounds) {
         return {1, 1};
     }
-    void* lowest = nullptr;
-    std::size_t size = 0;
-    const bool known = pthread_attr_getstack(&attributes, &lowest, &size) == 0;
-    pthread_attr_destroy(&attributes);
-    if (!known) {
-        return {1, 1};
-    }
-    const auto begin = reinterpret_cast<std::uintptr_t>(lowest);
-    return {begin, begin + std::min(room_wanted, size / part_wanted)};
+    return {bounds->lowest, bounds->lowest + std::min(room_wanted, bounds->size / part_wanted)};
 }
 
 constinit thread_local NoRoom no_room{0, 0};

@@ -22,21 +22,23 @@ TEST(Question, RunsInACircleOnItsThreadAlone) {
 TEST(Question, EndsWithAllOutsideItWhenAQuotaIsSpent) {
     const auto spend = [](Resource resource, std::uint64_t amount) {
         for (int repeat = 0; repeat < 2; ++repeat) {
-            Question outer(view(one));
-            outer.open();
-            charge(resource, amount / 2);
             {
-                Question inner(view(two));
-                inner.open();
-                charge(resource, amount - amount / 2);
-                EXPECT_THROW(charge(resource), QuotaSpent);
-                inner.note_failure(ERROR_NOT_ENOUGH_QUOTA);
-                EXPECT_THROW(Question(view(two)).open(), PlatformFailure);
+                Question outer(view(one));
+                outer.open();
+                charge(resource, amount / 2);
+                {
+                    Question inner(view(two));
+                    inner.open();
+                    charge(resource, amount - amount / 2);
+                    EXPECT_THROW(charge(resource), QuotaSpent);
+                    inner.note_failure(ERROR_NOT_ENOUGH_QUOTA);
+                    EXPECT_THROW(Question(view(two)).open(), PlatformFailure);
+                }
+                EXPECT_THROW(require_health(), PlatformFailure);
+                EXPECT_EQ(NorvaneTakeProcessFailure(), ERROR_SUCCESS) << "before its end";
             }
-            EXPECT_THROW(require_health(), PlatformFailure);
-            EXPECT_EQ(NorvaneTakeProcessFailure(), ERROR_SUCCESS) << "before its end";
+            EXPECT_EQ(NorvaneTakeProcessFailure(), ERROR_NOT_ENOUGH_QUOTA);
         }
-        EXPECT_EQ(NorvaneTakeProcessFailure(), ERROR_NOT_ENOUGH_QUOTA);
         charge(resource, amount + 1); // outside of any question
     };
     EXPECT_TRUE(testing::passes_when_configured(
@@ -52,19 +54,25 @@ TEST(Question, EndsWithAllOutsideItWhenAQuotaIsSpent) {
 }
 
 TEST(Question, ReleasesWhatWasLeftBehindWhenTheOutermostEnds) {
-    const HCERTSTORE kept =
-        CertOpenStore(CERT_STORE_PROV_MEMORY, 0, 0, CERT_STORE_CREATE_NEW_FLAG, nullptr);
+    const auto new_store = [] {
+        return CertOpenStore(CERT_STORE_PROV_MEMORY, 0, 0, CERT_STORE_CREATE_NEW_FLAG, nullptr);
+    };
+    const auto is_open = [](HCERTSTORE store) {
+        return CertDuplicateStore(store) != nullptr && CertCloseStore(store, 0);
+    };
+    const HCERTSTORE left = new_store();
+    const HCERTSTORE left_by_nobody = new_store();
     {
         const Question outer(view(one));
         {
             const Question inner(view(two));
-            leave_behind(CertDuplicateStore(kept));
+            leave_behind(left);
         }
-        const HCERTSTORE once_more = CertDuplicateStore(kept);
-        EXPECT_FALSE(CertCloseStore(once_more, CERT_CLOSE_STORE_CHECK_FLAG));
+        EXPECT_TRUE(is_open(left));
     }
-    leave_behind(CertDuplicateStore(kept)); // outside of any question
-    EXPECT_TRUE(CertCloseStore(kept, CERT_CLOSE_STORE_CHECK_FLAG));
+    EXPECT_FALSE(is_open(left));
+    leave_behind(left_by_nobody);
+    EXPECT_FALSE(is_open(left_by_nobody));
 }
 
 } // namespace

@@ -181,5 +181,24 @@ TEST(Export, FreesAStaleDeltaContextAndForgetsAStaleBaseContext) {
     EXPECT_TRUE(CertCloseStore(store, CERT_CLOSE_STORE_CHECK_FLAG)) << "nothing keeps it";
 }
 
+TEST(Export, LeavesNothingOpenAfterNestedQuestions) {
+    const HCERTSTORE crls = CertOpenStore(CERT_STORE_PROV_MEMORY, 0, 0, 0, nullptr);
+    const Bytes crl = list(inter, {}, {}, from_2000);
+    ASSERT_TRUE(CertAddEncodedCRLToStore(crls, 1, crl.data(), size_of(crl), CERT_STORE_ADD_ALWAYS,
+                                         nullptr));
+    {
+        const OpenStore issuers = OpenStore::memory();
+        issuers.add(inter_cert);
+        HCERTSTORE issuers_handle = issuers.get();
+        Call call;
+        call.para.cCertStore = 1;
+        call.para.rgCertStore = &issuers_handle;
+        call.para.hCrlStore = crls;
+        EXPECT_TRUE(call.verify({inter_leaf}));
+        EXPECT_EQ(faked.questions.size(), 1U) << "about the CA in the middle";
+    }
+    EXPECT_TRUE(CertCloseStore(crls, CERT_CLOSE_STORE_CHECK_FLAG));
+}
+
 } // namespace
 } // namespace norvane::testing

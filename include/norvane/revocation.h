@@ -54,8 +54,25 @@ extern "C" {
 /// @return TRUE if no certificate is revoked. FALSE otherwise, with the last error, which stands in
 ///     `dwError` too: `CRYPT_E_REVOKED` with a CRLReason (RFC 5280 5.3.1) in `dwReason`,
 ///     `CRYPT_E_NO_REVOCATION_CHECK`, or `E_INVALIDARG` without contexts. `E_INVALIDARG` for
-///     `pRevStatus` itself is the last error only. One oddity stands: if the platform fails to make
-///     or to release the contexts of `pCrlInfo`, the call ends at once with TRUE and `dwError` 0.
+///     `pRevStatus` itself is the last error only. One oddity stands: if the platform refuses to
+///     make or to release the contexts of `pCrlInfo`, though not for want of memory, the call ends
+///     at once with TRUE and `dwError` 0.
+///
+/// What a question may cost is bounded, together with the questions that it leads to on the same
+/// thread. The limits are values of 32 or 64 bits in HKEY_LOCAL_MACHINE,
+/// "SOFTWARE\Norvane\PkiValidator", read once in the life of the process (on Linux section [limits]
+/// of the configuration):
+///
+///     MaxSignatureVerifications   10000
+///     MaxHashedBytes              17179869184, for signatures
+///     MaxShownObjects             5000000 certificates and CRLs shown by stores
+///     MaxRetrievals               64, over the wire
+///     MaxRetrievalMilliseconds    60000 for all of these together
+///
+/// When one is spent, when little is left of the thread's stack, or when the process fails (memory,
+/// descriptors, a file that cannot be read, a library), the answer is `CRYPT_E_NO_REVOCATION_CHECK`
+/// for the outermost question, whatever was found until then. A certificate that is being checked
+/// on the thread already, by a question further out, is not checked again: the same answer for it.
 NORVANE_MODULE_API BOOL WINAPI CertDllVerifyRevocation(
     DWORD dwEncodingType, DWORD dwRevType, DWORD cContext, PVOID rgpvContext[], DWORD dwFlags,
     PCERT_REVOCATION_PARA pRevPara, PCERT_REVOCATION_STATUS pRevStatus) NORVANE_MODULE_NOEXCEPT;

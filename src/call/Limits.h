@@ -8,11 +8,11 @@ namespace norvane {
 
 /// What is counted in a question, and in what unit.
 enum class Resource : std::uint8_t {
-    verifications,      ///< of signatures
-    hashed_bytes,       ///< for signatures
-    shown_objects,      ///< certificates and CRLs shown by stores, each time
-    retrievals,         ///< that may go over the wire
-    retrieval_time,     ///< milliseconds that those take
+    verifications,  ///< of signatures
+    hashed_bytes,   ///< for signatures
+    shown_objects,  ///< certificates and CRLs shown by stores, each time
+    retrievals,     ///< that may go over the wire
+    retrieval_time, ///< milliseconds that those take
 };
 inline constexpr std::size_t resource_count = 5;
 

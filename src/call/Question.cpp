@@ -85,8 +85,7 @@ void charge_verification() {
 
 std::chrono::milliseconds retrieval_time_left() noexcept {
     const Question* const question = Question::current();
-    return question == nullptr ? std::chrono::milliseconds::max()
-                               : question->retrieval_time_left();
+    return question == nullptr ? std::chrono::milliseconds::max() : question->retrieval_time_left();
 }
 
 void require_health() {

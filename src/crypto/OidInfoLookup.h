@@ -38,8 +38,8 @@ class CFindPubKeyAlgId final : public COidInfoEnum {
 [[nodiscard]] ALG_ID algorithm_number(const char* oid);
 
 /// The information on the signature algorithm that combines the algorithm of a public key with a
-/// hash, both given as dotted text. Null if there is none. It belongs to the platform's table. Throws
-/// PlatformFailure.
+/// hash, both given as dotted text. Null if there is none. It belongs to the platform's table.
+/// Throws PlatformFailure.
 [[nodiscard]] const CRYPT_OID_INFO* find_signature_oid_info(const char* key_oid,
                                                             const char* hash_oid);
 

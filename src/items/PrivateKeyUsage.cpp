@@ -94,9 +94,9 @@ constinit std::atomic<StrictPkup> strict_pkup_state{StrictPkup::unread};
 
 bool read_pkiv_dword(LPCWSTR name, std::uint32_t* value) {
     HKEY key = nullptr;
-    if (!succeeded(RegOpenKeyExW(HKEY_LOCAL_MACHINE, pkiv_key, 0,
-                                 KEY_QUERY_VALUE | KEY_WOW64_32KEY, &key),
-                   __LINE__)) {
+    if (!succeeded(
+            RegOpenKeyExW(HKEY_LOCAL_MACHINE, pkiv_key, 0, KEY_QUERY_VALUE | KEY_WOW64_32KEY, &key),
+            __LINE__)) {
         return false;
     }
     DWORD number = 0;

@@ -20,12 +20,13 @@ extern std::atomic<StrictPkup> strict_pkup_state;
 
 /// Reads four bytes, whatever their type, of a value of HKEY_LOCAL_MACHINE,
 /// "SOFTWARE\Norvane\PkiValidator", in the registry's view for 32-bit programs. A shorter value
-/// leaves zeros behind. False if a step fails, the closing of the key included; throws PlatformFailure
-/// if that is the fault of the process.
+/// leaves zeros behind. False if a step fails, the closing of the key included; throws
+/// PlatformFailure if that is the fault of the process.
 [[nodiscard]] bool read_pkiv_dword(LPCWSTR name, std::uint32_t* value);
 
 /// Whether the switch is on, which the registry value `StrictPkupCheck` tells by not being 0. Only
-/// then is private_key_usage_check to be called. Throws PlatformFailure, and remembers nothing then.
+/// then is private_key_usage_check to be called. Throws PlatformFailure, and remembers nothing
+/// then.
 [[nodiscard]] bool strict_pkup_is_on();
 
 /// Asks the component for private key usage periods whether `date`, when a child of the issuer came

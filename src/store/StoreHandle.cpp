@@ -38,9 +38,9 @@ bool open_system_store(StoreHandle& store, LPCWSTR name, DWORD flags) {
         throw CAException("Store already opened.", source_module::store_util, __LINE__);
     }
     store.is_root_ = name == root_name;
-    store.handle_ = platform_answer(
-        [&] { return CertOpenStore(CERT_STORE_PROV_SYSTEM_W, 0, 0, flags, name); },
-        source_module::store_util, __LINE__);
+    store.handle_ =
+        platform_answer([&] { return CertOpenStore(CERT_STORE_PROV_SYSTEM_W, 0, 0, flags, name); },
+                        source_module::store_util, __LINE__);
     return store.handle_ != nullptr;
 }
 

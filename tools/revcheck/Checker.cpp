@@ -2,6 +2,8 @@
 
 #include "Times.h"
 
+#include <algorithm>
+#include <iterator>
 #include <new>
 
 namespace norvane {
@@ -16,6 +18,12 @@ Status status_of(DWORD error) noexcept {
     default:
         return Status::no_check;
     }
+}
+
+bool is_want_of_memory(DWORD error) noexcept {
+    constexpr DWORD wants[] = {ERROR_NOT_ENOUGH_MEMORY, ERROR_OUTOFMEMORY, E_OUTOFMEMORY,
+                               NTE_NO_MEMORY, CRYPT_E_ASN1_MEMORY};
+    return std::ranges::find(wants, error) != std::end(wants);
 }
 
 DWORD flags_of(const Options& options) noexcept {
@@ -57,14 +65,17 @@ CallResult Checker::check(std::span<const PCCERT_CONTEXT> certificates) const {
     const BOOL good = CertVerifyRevocation(X509_ASN_ENCODING, CERT_CONTEXT_REVOCATION_TYPE,
                                            static_cast<DWORD>(contexts.size()), contexts.data(),
                                            flags_of(options_), &parameters, &status);
-    if (good == FALSE && GetLastError() == ERROR_NOT_ENOUGH_MEMORY) {
+    const DWORD error = good != FALSE ? ERROR_SUCCESS : GetLastError();
+    const DWORD process_failure = NorvaneTakeProcessFailure();
+    if (is_want_of_memory(error) || is_want_of_memory(process_failure)) {
         throw std::bad_alloc();
     }
 
     CallResult result;
     result.index = good != FALSE ? certificates.size() - 1 : status.dwIndex;
     Verdict& verdict = result.verdict;
-    verdict.error = good != FALSE ? ERROR_SUCCESS : status.dwError;
+    verdict.error = error;
+    verdict.process_failure = process_failure;
     verdict.status = good != FALSE ? Status::good : status_of(status.dwError);
     verdict.reason_code = status.dwReason;
     if (status.fHasFreshnessTime != FALSE) {

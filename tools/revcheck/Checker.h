@@ -18,8 +18,9 @@ enum class Status : std::uint8_t { good, revoked, no_check };
 /// at last.
 struct Verdict {
     Status status = Status::no_check;
-    DWORD error = 0;       ///< 0 if the certificate is good
-    DWORD reason_code = 0; ///< of RFC 5280 5.3.1, if it is revoked
+    DWORD error = 0;           ///< 0 if the certificate is good
+    DWORD process_failure = 0; ///< why the check was given up, 0 if it was not
+    DWORD reason_code = 0;     ///< of RFC 5280 5.3.1, if it is revoked
     std::optional<std::uint32_t> freshness_seconds;
     CrlHandle base_crl;               ///< null: none was handed out
     CrlHandle delta_crl;              ///< null: none was handed out

@@ -6,9 +6,29 @@
 
 #include <array>
 #include <cstdio>
+#include <string_view>
 
 namespace norvane {
 namespace {
+
+/// The platform's words for an error code.
+std::string words_for(DWORD error) {
+    std::array<char, 256> text{};
+    const DWORD length =
+        FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, error,
+                       0, text.data(), static_cast<DWORD>(text.size()), nullptr);
+    const std::string_view words(text.data(), length);
+    return std::string(words.substr(0, words.find_last_not_of("\r\n") + 1));
+}
+
+/// Why the check was given up, whatever the material is like.
+std::string reason_of_failure(DWORD process_failure) {
+    if (process_failure == ERROR_NOT_ENOUGH_QUOTA) {
+        return "a limit was reached, and the check given up; see section [limits] of the "
+               "configuration";
+    }
+    return "the check was given up: " + words_for(process_failure);
+}
 
 /// Why the platform answers so, where its code alone says it; empty for the usual one.
 std::string platform_reason(DWORD error) {
@@ -49,6 +69,12 @@ void note_skipped_files(const WCHAR* store, std::vector<std::string>& lines) {
 
 std::vector<std::string> diagnose(PCCERT_CONTEXT certificate, const Verdict& verdict,
                                   const Options& options, const Stores& stores) {
+    if (verdict.process_failure != ERROR_SUCCESS) {
+        std::vector<std::string> lines{reason_of_failure(verdict.process_failure)};
+        note_skipped_files(NORVANE_W("Root"), lines);
+        note_skipped_files(NORVANE_W("CA"), lines);
+        return lines;
+    }
     if (std::string reason = platform_reason(verdict.error); !reason.empty()) {
         return {std::move(reason)};
     }

@@ -141,8 +141,7 @@ BOOL CryptCreateHash(HCRYPTPROV hProv, ALG_ID Algid, HCRYPTKEY hKey, DWORD dwFla
 /// @param pbData the bytes; may be null if there are none.
 /// @param dwFlags must be 0.
 /// @return FALSE on failure, with the last error `NTE_BAD_HASH_STATE` (a verification has finished
-///     the hash), `NTE_BAD_FLAGS`, `ERROR_INVALID_PARAMETER`, or `ERROR_NOT_ENOUGH_QUOTA` (the
-///     outermost call of `CertVerifyRevocation` on this thread has hashed as much as it may).
+///     the hash), `NTE_BAD_FLAGS` or `ERROR_INVALID_PARAMETER`.
 BOOL CryptHashData(HCRYPTHASH hHash, const BYTE* pbData, DWORD dwDataLen, DWORD dwFlags)
     NORVANE_PLATFORM_API(CryptHashData);
 
@@ -188,9 +187,8 @@ BOOL CryptDestroyKey(HCRYPTKEY hKey) NORVANE_PLATFORM_API(CryptDestroyKey);
 /// @param szDescription must be null.
 /// @param dwFlags must be 0.
 /// @return TRUE if the signature is good. FALSE else, with the last error `NTE_BAD_SIGNATURE`, or
-///     `NTE_BAD_ALGID` (the key does not go with this hash), `NTE_BAD_FLAGS`,
-///     `ERROR_INVALID_PARAMETER`, or `ERROR_NOT_ENOUGH_QUOTA` (the outermost call of
-///     `CertVerifyRevocation` on this thread has used up its verifications or its stack).
+///     `NTE_BAD_ALGID` (the key does not go with this hash), `NTE_BAD_FLAGS` or
+///     `ERROR_INVALID_PARAMETER`.
 BOOL CryptVerifySignatureW(HCRYPTHASH hHash, const BYTE* pbSignature, DWORD dwSigLen,
                            HCRYPTKEY hPubKey, LPCWSTR szDescription, DWORD dwFlags)
     NORVANE_PLATFORM_API(CryptVerifySignatureW);

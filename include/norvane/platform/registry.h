@@ -3,9 +3,9 @@
 #include <norvane/platform/linkage.h>
 #include <norvane/platform/types.h>
 
-/// The registry, which on Linux is section [registry] of the configuration, read only; the limits of
-/// section [limits] are values of it too, of 64 bits. A key is there if a value is named below it.
-/// Names compare without regard to the case of ASCII letters.
+/// The registry, which on Linux is section [registry] of the configuration, read only; the limits
+/// of section [limits] are values of it too, of 64 bits. A key is there if a value is named below
+/// it. Names compare without regard to the case of ASCII letters.
 ///
 /// These functions answer an error code and leave the last error alone.
 

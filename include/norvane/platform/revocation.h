@@ -108,17 +108,18 @@ NORVANE_PLATFORM_BEGIN
 /// answer; a module is given one certificate at a time. The modules are loaded at the first call;
 /// one that cannot be loaded or that refuses is left out. A call may come from inside a module.
 ///
-/// What hostile input can make a call do is bounded, for the outermost call on a thread together
-/// with those from inside modules: see section [limits] of the configuration. And a certificate
-/// that is being checked on the thread already, by a call further out, is not put to any module:
-/// it could not be checked.
+/// What a question may cost is the modules' to bound, since they alone know what they do for it:
+/// see section [limits] of the configuration for our own.
 ///
 /// @param dwEncodingType `X509_ASN_ENCODING`, or'ed with anything in the high half.
 /// @param dwRevType `CERT_CONTEXT_REVOCATION_TYPE`.
 /// @param cContext how many certificates there are, at least one.
 /// @param rgpvContext their contexts, each a `PCCERT_CONTEXT`.
 /// @param dwFlags `CERT_VERIFY_...`, handed on to the modules. With `CERT_VERIFY_REV_CHAIN_FLAG`
-///     the next certificate is each one's hint at the issuer, unless the caller gives one.
+///     the next certificate is each one's hint at the issuer, unless the caller gives one. With
+///     `CERT_VERIFY_REV_ACCUMULATIVE_TIMEOUT_FLAG` each module is given what is left of the time;
+///     when nothing is, or caches alone are asked, the modules are asked without that flag, for
+///     what they have in their caches.
 /// @param pRevPara null is one in which no field is there. A field is there if all of it is.
 ///     `pCrlInfo` receives the CRLs of the last certificate of all, or of the one that is revoked,
 ///     and null after any other failure. It is not used if its `cbSize` is below 36. On input

@@ -151,9 +151,8 @@ BOOL CertAddStoreToCollection(HCERTSTORE hCollectionStore, HCERTSTORE hSiblingSt
 ///     same arguments. It is freed in any case.
 /// @return the context, to be released with `CertFreeCertificateContext` or by the next call. Null
 ///     with the last error `CRYPT_E_NOT_FOUND` if there are no more, else `ERROR_INVALID_HANDLE`,
-///     `E_INVALIDARG` (another type, no identifier, or a context that is none of this store),
-///     `ERROR_NOT_ENOUGH_QUOTA` (the outermost call of `CertVerifyRevocation` on this thread has
-///     been shown as many certificates as it may) or `ERROR_NOT_ENOUGH_MEMORY`.
+///     `E_INVALIDARG` (another type, no identifier, or a context that is none of this store) or
+///     `ERROR_NOT_ENOUGH_MEMORY`.
 PCCERT_CONTEXT CertFindCertificateInStore(HCERTSTORE hCertStore, DWORD dwCertEncodingType,
                                           DWORD dwFindFlags, DWORD dwFindType,
                                           const void* pvFindPara, PCCERT_CONTEXT pPrevCertContext)

@@ -43,8 +43,8 @@ std::uint64_t number_of(std::chrono::milliseconds time) {
 
 /// For a limit of the revocation module: the parser of its kind, and its name in the registry.
 template <auto parse, const char* value_name>
-Assignment set_limit(Configuration& configuration, std::string_view /*key*/,
-                     std::string_view value, const UserFolders& folders) {
+Assignment set_limit(Configuration& configuration, std::string_view /*key*/, std::string_view value,
+                     const UserFolders& folders) {
     const auto parsed = parse(value, folders);
     if (!parsed) {
         return Assignment::bad_value;

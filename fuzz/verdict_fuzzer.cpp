@@ -1,5 +1,6 @@
 // Asks the dispatcher for verdicts about anything at all, with any stores and URLs, and holds each
-// against the three that there are: good, revoked, no check.
+// against the three that there are: good, revoked, no check. Each question is asked a second time
+// with a verification failing for want of memory: whatever the material, that is no check.
 //
 // Signatures are made up, so that mutated material still hangs together: one is good if its first
 // octet is the last octet of the key. There is no network: every URL delivers the same objects.
@@ -15,6 +16,7 @@
 #include <list>
 #include <optional>
 #include <span>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -30,14 +32,15 @@ void require(bool condition) {
     }
 }
 
-/// What a verification costs is no subject of this fuzzer; a search ends after so many.
-constexpr int max_verifications = 300;
+/// What a verification costs is no subject of this fuzzer; a question ends after so many.
+constexpr const char* max_verifications = "300";
 
 struct World {
     /// By kind, and behind the last kind nothing.
     std::array<std::vector<Bytes>, std::size_t(VerdictObject::count) + 1> objects;
     std::uint8_t modes = 0;
-    int verifications = 0;
+    std::size_t verifications = 0;
+    std::size_t failing_verification = 0; ///< Counted from 1; 0 for none.
 
     [[nodiscard]] const std::vector<Bytes>& of(VerdictObject kind) const {
         return objects[std::size_t(kind)];
@@ -158,6 +161,8 @@ void ask() {
         contexts.data(), flags, world.has(norvane::verdict_without_parameters) ? nullptr : &para,
         &status);
     check_status(result, status, contexts.size());
+    require(world.failing_verification == 0 || world.verifications < world.failing_verification ||
+            status.dwError == CRYPT_E_NO_REVOCATION_CHECK);
     check_crl_info(result, status.dwError, crl_info);
     CertCloseStore(store, 0);
     CertCloseStore(crl_store, 0);
@@ -214,8 +219,8 @@ BOOL CryptDestroyKey(HCRYPTKEY) noexcept { return TRUE; }
 
 BOOL CryptVerifySignatureW(HCRYPTHASH, const BYTE* pbSignature, DWORD dwSigLen, HCRYPTKEY hPubKey,
                            LPCWSTR, DWORD) noexcept {
-    if (++world.verifications > max_verifications) {
-        SetLastError(ERROR_NOT_ENOUGH_QUOTA);
+    if (++world.verifications == world.failing_verification) {
+        SetLastError(NTE_NO_MEMORY);
         return FALSE;
     }
     // The octets come in reverse order.
@@ -228,11 +233,16 @@ BOOL CryptVerifySignatureW(HCRYPTHASH, const BYTE* pbSignature, DWORD dwSigLen, 
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static const bool configured =
-        NorvaneSetConfiguration("providers", "modules", VERDICT_MODULE) != FALSE;
+        NorvaneSetConfiguration("providers", "modules", VERDICT_MODULE) != FALSE &&
+        NorvaneSetConfiguration("limits", "signature_verifications", max_verifications) != FALSE;
     require(configured);
     if (size != 0) {
         world = read_world({data, size});
         ask();
+        if (const std::size_t count = std::exchange(world.verifications, 0); count != 0) {
+            world.failing_verification = 1 + size % count;
+            ask();
+        }
     }
     return 0;
 }

@@ -1,4 +1,5 @@
 #include "platform/retrieval/CacheEntry.h"
+#include "platform/retrieval/CrlMark.h"
 
 #include <norvane/wincrypt.h>
 
@@ -27,7 +28,7 @@ void require(bool condition) {
 }
 
 /// What the first octet of an input makes of the rest.
-enum Mode : std::uint8_t { response, cache_file, sealed_cache_file, mode_count };
+enum Mode : std::uint8_t { response, cache_file, sealed_cache_file, mark_file, mode_count };
 
 /// A process with a cache, and a file that it retrieves. In memory where there is such a folder.
 class Setting {
@@ -54,6 +55,17 @@ class Setting {
 
     [[nodiscard]] std::filesystem::path cache_path(ObjectKind kind, const std::string& url) const {
         return folder_ / norvane::cache_file_name(kind, url);
+    }
+
+    /// Removes responses and marks.
+    void empty_cache() const {
+        for (const auto& file : std::filesystem::directory_iterator(folder_)) {
+            const auto ending = file.path().extension();
+            if (ending == norvane::cache_file_ending ||
+                ending == norvane::mark_file_ending(norvane::MarkGround::served)) {
+                std::filesystem::remove(file);
+            }
+        }
     }
 
     template <class Content>
@@ -111,20 +123,19 @@ Result retrieve(const std::string& url, ObjectKind kind, DWORD flags) {
 /// Puts the right digests into what may be a file of the cache.
 void seal(Bytes& file) {
     constexpr std::size_t lengths_at = 12;
-    constexpr std::size_t content_digest_at = 48;
+    constexpr std::size_t content_digest_at = 44;
     constexpr std::size_t header_digest_at = content_digest_at + sizeof(Digest);
     constexpr std::size_t texts_at = header_digest_at + sizeof(Digest);
-    constexpr std::uint64_t mark_length = 40;
     if (file.size() < texts_at) {
         return;
     }
     std::uint64_t before_content = texts_at;
-    for (std::size_t field = 0; field < 5; ++field) {
+    for (std::size_t field = 0; field < 4; ++field) {
         std::uint64_t number = 0;
         for (std::size_t i = 0; i < 4; ++i) {
             number |= std::uint64_t{file[lengths_at + 4 * field + i]} << (8 * i);
         }
-        before_content += field == 4 ? mark_length * number : number;
+        before_content += number;
     }
     const std::span<std::uint8_t> all(file);
     const auto texts_end =
@@ -153,9 +164,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             const Result first = retrieve(setting.source_url, kind, 0);
             const Result cached = retrieve(setting.source_url, kind, CRYPT_CACHE_ONLY_RETRIEVAL);
             require(first.error == 0 ? cached == first : cached.error == CRYPT_E_NOT_FOUND);
+            require(first.error != ERROR_INVALID_DATA); // nothing was seen before
             require(retrieve(setting.source_url, kind, 0) == first);
-            std::filesystem::remove(setting.cache_path(kind, setting.source_url));
+            setting.empty_cache();
         }
+        return 0;
+    }
+    if (mode == mark_file) {
+        const std::string name = norvane::mark_file_name({}, norvane::MarkGround::served);
+        const std::string file(content.begin(), content.end());
+        const auto date = norvane::decode_mark(name, file);
+        require(!date || norvane::encode_mark(name, *date) == file);
         return 0;
     }
     if (mode == sealed_cache_file) {

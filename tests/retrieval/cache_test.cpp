@@ -1,4 +1,5 @@
 // What the cache keeps, what it serves, and what it leaves alone.
+#include "platform/FileMaterial.h"
 #include "retrieval/Retrieval.h"
 
 #include <algorithm>
@@ -66,8 +67,8 @@ TEST(RetrievalCache, TheServerIsAskedWhetherItsResponseHasChanged) {
         // Nothing that an earlier response or the user's home holds identifies the caller.
         static_cast<void>(std::ofstream(fs::path(getenv("HOME")) / ".netrc")
                           << "machine 127.0.0.1 login a password b\n");
-        server.on("/cookie", http_reply(body, "200 OK", {"Set-Cookie: a=b"}));
-        EXPECT_EQ(retrieve(server.url("/cookie")), objects({first}));
+        server.on("/cookie", http_reply(text_of(third), "200 OK", {"Set-Cookie: a=b"}));
+        EXPECT_EQ(retrieve(server.url("/cookie")), objects({third}));
         server.on("/cookie", http_reply(body, "401 Unauthorized", {"WWW-Authenticate: Basic"}));
         EXPECT_EQ(retrieve(server.url("/cookie")), failure(HTTP_E_STATUS_FIRST + 401));
         for (const char* name : {"cookie", "authorization", "accept-encoding"})
@@ -119,6 +120,76 @@ TEST(RetrievalCache, OldCrlsThatArePlayedBackTakeTheirPlaceInNothing) {
     EXPECT_TRUE(passes_with_cache(checks));
 }
 
+TEST(RetrievalCache, NoOtherUrlAndNoNeighbourBringsAnOldCrlBack) {
+    const TemporaryFolder folder;
+    const fs::path cache = folder.path() / "cache";
+    const auto remove_with = [&](std::string_view ending) {
+        for (const fs::path& file : files_of(cache))
+            if (file.extension() == ending)
+                fs::remove(file);
+    };
+    const auto checks = [&] {
+        HttpServer server;
+        const Bytes old = crl_of(260101);
+        const Bytes recent = crl_of(260102);
+        const Bytes twin = crl_of(260102, "Issuer", {crl_number(integer(7))});
+        const Bytes other = crl_of(260101, "Other");
+        const Bytes future = crl_of(490101, "Other");
+        const Retrieved absent = failure(CRYPT_E_NOT_FOUND);
+        const struct {
+            std::string path;
+            std::vector<Bytes> sent; // nothing: the server is not asked
+            Retrieved told;
+            std::function<void()> before = [] {};
+        } rows[] = {
+            {"/early", {old}, objects({old})},
+            {"/a", {recent, old}, objects({recent})},
+            {"/early", {}, absent},
+            {"/b", {old}, failure(ERROR_INVALID_DATA)},
+            {"/b", {}, absent},
+            {"/bundle", {old, other}, objects({other})},
+            {"/bundle", {}, objects({other})},
+            {"/bundle", {other, future, twin, recent}, objects({other, future, twin, recent})},
+            {"/b", {old}, failure(ERROR_INVALID_DATA), [&] { remove_with(".response"); }},
+            {"/b",
+             {old},
+             failure(ERROR_INVALID_DATA),
+             [&] {
+                 for (const fs::path& file : files_of(cache))
+                     make_older(file, Times::of_change, 23h);
+             }},
+            {"/b",
+             {old},
+             objects({old}),
+             [&] {
+                 for (const fs::path& file : files_of(cache))
+                     make_older(file, Times::of_change, 25h);
+             }},
+            {"/b", {recent}, objects({recent})},
+            {"/b", {old}, objects({old}), [&] { remove_with(".served"); }},
+        };
+        for (const auto& row : rows) {
+            SCOPED_TRACE("row " + std::to_string(&row - rows));
+            row.before();
+            std::string body;
+            for (const Bytes& crl : row.sent)
+                body += pem("X509 CRL", crl);
+            server.on(row.path, http_reply(body));
+            EXPECT_EQ(retrieve(server.url(row.path), body.empty() ? cached_objects : all_objects),
+                      row.told);
+        }
+
+        // Of the scopes that a response makes up, few leave a mark.
+        std::string junk;
+        for (int i = 0; i < 200; ++i)
+            junk += pem("X509 CRL", crl_of(260101, "Junk " + std::to_string(i)));
+        server.on("/junk", http_reply(junk));
+        EXPECT_EQ(retrieve(server.url("/junk")).objects.size(), 200);
+        EXPECT_LT(std::ranges::count(files_of(cache), ".served", &fs::path::extension), 100);
+    };
+    EXPECT_TRUE(passes_with_cache(checks, "", folder));
+}
+
 TEST(RetrievalCache, TheLeastRecentlyUsedGoFirstAndForeignFilesStay) {
     const TemporaryFolder folder;
     const fs::path cache = folder.path() / "cache";
@@ -135,7 +206,8 @@ TEST(RetrievalCache, TheLeastRecentlyUsedGoFirstAndForeignFilesStay) {
         for (int number = 0; number < 3; ++number) {
             ASSERT_EQ(retrieve(url(number)), objects({crl}));
             for (const fs::path& file : files_of(cache))
-                if (std::ranges::find(files, file) == files.end())
+                if (file.extension() == ".response" &&
+                    std::ranges::find(files, file) == files.end())
                     files.push_back(file);
         }
         ASSERT_EQ(files.size(), 3);
@@ -181,7 +253,8 @@ TEST(RetrievalCache, FilesThatOthersCouldHaveMadeAreNotServed) {
             server.on(path, reply_of(crl_of(260101, path)));
             ASSERT_EQ(retrieve(server.url(path)).error, 0);
         }
-        const auto files = files_of(cache);
+        auto files = files_of(cache);
+        std::erase_if(files, [](const fs::path& p) { return p.extension() != ".response"; });
         ASSERT_EQ(files.size(), 2) << "the environment names the folder";
         const fs::path kept = cache / "kept";
         fs::copy_file(files[0], kept);

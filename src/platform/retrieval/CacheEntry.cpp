@@ -7,11 +7,10 @@
 namespace norvane {
 namespace {
 
-constexpr std::string_view magic = "NRVNURL1";
+constexpr std::string_view magic = "NRVNURL2";
 /// What stands before the digest of the header.
 constexpr std::size_t fixed_length =
-    magic.size() + 6 * sizeof(std::uint32_t) + 2 * sizeof(std::uint64_t) + sizeof(Digest);
-constexpr std::size_t mark_length = sizeof(Digest) + sizeof(std::uint64_t);
+    magic.size() + 5 * sizeof(std::uint32_t) + 2 * sizeof(std::uint64_t) + sizeof(Digest);
 
 template <std::unsigned_integral Number>
 void put(std::string& out, Number number) {
@@ -106,14 +105,9 @@ std::string encode_cache_header(const CacheEntry& entry) {
         put(fixed, length_of(*text));
         texts += *text;
     }
-    put(fixed, static_cast<std::uint32_t>(entry.marks.size()));
     put(fixed, static_cast<std::uint64_t>(entry.received));
     put(fixed, content_length);
     put(fixed, entry.content_digest);
-    for (const CrlMark& mark : entry.marks) {
-        put(texts, mark.scope);
-        put(texts, mark.this_update);
-    }
     put(fixed, Digester().add(fixed).add(texts).finish());
     return fixed + texts;
 }
@@ -130,15 +124,13 @@ std::optional<CacheEntry> decode_cache_entry(std::span<const std::uint8_t> file)
     const auto etag_length = in.number<std::uint32_t>();
     const auto last_modified_length = in.number<std::uint32_t>();
     const auto source_length = in.number<std::uint32_t>();
-    const auto mark_count = in.number<std::uint32_t>();
     entry.received = static_cast<std::int64_t>(in.number<std::uint64_t>());
     const auto content_length = in.number<std::uint64_t>();
     entry.content_digest = in.digest();
     const Digest header_digest = in.digest();
 
-    const std::uint64_t variable_length = std::uint64_t{url_length} + etag_length +
-                                          last_modified_length + source_length +
-                                          std::uint64_t{mark_count} * mark_length;
+    const std::uint64_t variable_length =
+        std::uint64_t{url_length} + etag_length + last_modified_length + source_length;
     const auto variable = in.bytes(variable_length);
     const auto content = in.bytes(content_length);
     if (!in.good() || !in.at_end() || kind != number_of(entry.kind) ||
@@ -151,11 +143,6 @@ std::optional<CacheEntry> decode_cache_entry(std::span<const std::uint8_t> file)
     entry.validators = {.etag = texts.text(etag_length),
                         .last_modified = texts.text(last_modified_length),
                         .source = texts.text(source_length)};
-    entry.marks.resize(mark_count);
-    for (CrlMark& mark : entry.marks) {
-        mark.scope = texts.digest();
-        mark.this_update = texts.number<std::uint64_t>();
-    }
     return read_parts(content, entry.parts) ? std::optional(std::move(entry)) : std::nullopt;
 }
 

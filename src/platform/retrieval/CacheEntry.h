@@ -14,27 +14,18 @@
 
 namespace norvane {
 
-/// The newest CRL of a scope that a URL has delivered. A scope is an issuer, an issuing
-/// distribution point, and whether the CRL is a delta.
-struct CrlMark {
-    Digest scope{};
-    std::uint64_t this_update = 0; ///< ticks of 100 ns since 1601
-};
-
 /// A file of the cache, which holds the response of one URL for one kind of objects. Numbers are
 /// little-endian:
 ///
 ///     octets
-///          8  "NRVNURL1"
+///          8  "NRVNURL2"
 ///          4  kind: 1 certificates, 2 CRLs
 ///      4 * 4  lengths of the texts: URL, ETag, Last-Modified, and where the response came from
-///          4  count of marks
 ///          8  when it was received, in seconds since 1970
 ///          8  length of the content
 ///         32  SHA-256 of the content
-///         32  SHA-256 of all above, of the texts and of the marks
+///         32  SHA-256 of all above and of the texts
 ///             the texts
-///     n * 40  the marks: scope, this_update
 ///             the content: parts, each with 4 octets of length before it
 ///
 /// A file that differs in anything is none.
@@ -42,7 +33,6 @@ struct CacheEntry {
     ObjectKind kind{};
     std::string url;
     Validators validators;
-    std::vector<CrlMark> marks;
     std::int64_t received = 0; ///< seconds since 1970
     Digest content_digest{};
     std::vector<ByteView> parts; ///< of bytes that others own

@@ -13,6 +13,7 @@
 #include <span>
 #include <sys/random.h>
 #include <unistd.h>
+#include <vector>
 
 namespace norvane {
 namespace {
@@ -30,7 +31,13 @@ void make_folders(const std::filesystem::path& path) {
     }
 }
 
-bool write_all(int file, std::span<const std::uint8_t> bytes) {
+using Piece = std::span<const std::uint8_t>;
+
+Piece piece_of(std::string_view text) {
+    return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+bool write_all(int file, Piece bytes) {
     while (!bytes.empty()) {
         const ssize_t count = ::write(file, bytes.data(), bytes.size());
         if (count < 0 && errno != EINTR) {
@@ -41,17 +48,9 @@ bool write_all(int file, std::span<const std::uint8_t> bytes) {
     return true;
 }
 
-bool write_all(int file, std::string_view text) {
-    return write_all(file, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
-}
-
-bool write_entry(int file, std::string_view header, const CacheEntry& entry) {
-    if (!write_all(file, header)) {
-        return false;
-    }
-    for (const ByteView part : entry.parts) {
-        if (!write_all(file, encoded_length(part.length)) ||
-            !write_all(file, {part.data, part.length})) {
+bool write_pieces(int file, std::span<const Piece> pieces) {
+    for (const Piece piece : pieces) {
+        if (!write_all(file, piece)) {
             return false;
         }
     }
@@ -103,11 +102,30 @@ bool CacheFolder::is_usable() const {
 std::optional<FileIdentity> CacheFolder::write(std::string_view name,
                                                const CacheEntry& entry) const {
     const std::string header = encode_cache_header(entry);
+    std::vector<std::string> lengths;
+    lengths.reserve(entry.parts.size());
+    std::vector<Piece> pieces = {piece_of(header)};
     std::uint64_t size = header.size();
     for (const ByteView part : entry.parts) {
-        size += sizeof(std::uint32_t) + part.length;
+        lengths.push_back(encoded_length(part.length));
+        pieces.push_back(piece_of(lengths.back()));
+        pieces.emplace_back(part.data, part.length);
+        size += lengths.back().size() + part.length;
     }
-    if (path_.empty() || size > size_limit_) {
+    if (size > size_limit_) {
+        return std::nullopt;
+    }
+    const auto identity = replace(name, pieces);
+    if (identity) {
+        sweep_cache(path_, size_limit_, name);
+    }
+    return identity;
+}
+
+std::optional<FileIdentity>
+CacheFolder::replace(std::string_view name,
+                     std::span<const std::span<const std::uint8_t>> pieces) const {
+    if (path_.empty()) {
         return std::nullopt;
     }
     make_folders(path_);
@@ -125,14 +143,13 @@ std::optional<FileIdentity> CacheFolder::write(std::string_view name,
         if (file.number() < 0) {
             return std::nullopt;
         }
-        if (!write_entry(file.number(), header, entry) || fstat(file.number(), &status) != 0 ||
+        if (!write_pieces(file.number(), pieces) || fstat(file.number(), &status) != 0 ||
             renameat(folder.number(), temporary.c_str(), folder.number(), target.c_str()) != 0) {
             unlinkat(folder.number(), temporary.c_str(), 0);
             return std::nullopt;
         }
     }
     static_cast<void>(fsync(folder.number()));
-    sweep_cache(folder.number(), size_limit_, target);
     return identity_of(status);
 }
 

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <span>
 #include <string>
 #include <sys/stat.h>
 
@@ -46,6 +47,11 @@ class CacheFolder {
     /// if it could not be kept; the file that was there before then stays. Throws std::bad_alloc.
     [[nodiscard]] std::optional<FileIdentity> write(std::string_view name,
                                                     const CacheEntry& entry) const;
+
+    /// Writes a file that does not count against the limit, or has it take the place of the one of
+    /// its name. As above.
+    [[nodiscard]] std::optional<FileIdentity>
+    replace(std::string_view name, std::span<const std::span<const std::uint8_t>> pieces) const;
 
     /// Notes that a file was used, unless it was noted lately.
     static void note_use(const std::string& path, const struct stat& status) noexcept;

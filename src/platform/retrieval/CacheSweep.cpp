@@ -79,16 +79,13 @@ std::string temporary_cache_file_name(std::string_view name, std::uint64_t numbe
     return temporary.append(temporary_ending);
 }
 
-void sweep_cache(int folder, std::uint64_t size_limit, std::string_view newest) {
-    const int listed = openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (listed < 0) {
-        return;
-    }
-    const std::unique_ptr<DIR, CloseFolder> stream(fdopendir(listed));
+void sweep_cache(const std::filesystem::path& path, std::uint64_t size_limit,
+                 std::string_view newest) {
+    const std::unique_ptr<DIR, CloseFolder> stream(opendir(path.c_str()));
     if (stream == nullptr) {
-        close(listed);
         return;
     }
+    const int folder = dirfd(stream.get());
     std::vector<CacheFile> files;
     std::uint64_t total = 0;
     const std::time_t oldest_temporary = std::time(nullptr) - temporary_lifetime_seconds;

@@ -1,11 +1,12 @@
 #include "platform/retrieval/CachedResponses.h"
 
-#include "platform/Descriptor.h"
+#include "asn1/Reader.h"
+#include "platform/retrieval/OwnFailure.h"
 #include "platform/retrieval/PrivateFile.h"
+#include "platform/retrieval/WholeFile.h"
 
 #include <cerrno>
 #include <fcntl.h>
-#include <sys/mman.h>
 
 namespace norvane {
 namespace {
@@ -15,44 +16,13 @@ constexpr std::uint64_t growth_between_drops = 64ULL << 20;
 /// What a response counts beside its bytes, so that many small ones lead to a look too.
 constexpr std::uint64_t response_overhead = 64ULL << 10;
 
-/// A file in memory as it was when it was opened.
-class MappedFile {
-  public:
-    /// A regular file of this user's, and not empty; else nothing is mapped.
-    explicit MappedFile(const char* path) {
-        const Descriptor file(
-            open(path, O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY));
-        struct stat status {};
-        if (file.number() < 0 || fstat(file.number(), &status) != 0 || !S_ISREG(status.st_mode) ||
-            !is_private(status) || status.st_size <= 0) {
-            return;
-        }
-        const auto size = static_cast<std::size_t>(status.st_size);
-        void* const mapped = mmap(nullptr, size, PROT_READ, MAP_PRIVATE, file.number(), 0);
-        if (mapped != MAP_FAILED) {
-            bytes_ = {static_cast<const std::uint8_t*>(mapped), size};
-            identity_ = identity_of(status);
-        }
-    }
-    MappedFile(const MappedFile&) = delete;
-    MappedFile& operator=(const MappedFile&) = delete;
-    ~MappedFile() {
-        if (!bytes_.empty()) {
-            munmap(const_cast<std::uint8_t*>(bytes_.data()), bytes_.size());
-        }
-    }
-
-    [[nodiscard]] std::span<const std::uint8_t> bytes() const { return bytes_; }
-    [[nodiscard]] const FileIdentity& identity() const { return identity_; }
-
-  private:
-    std::span<const std::uint8_t> bytes_;
-    FileIdentity identity_;
-};
+/// No response is larger, with all that stands beside it in the file.
+constexpr std::uint64_t max_file_size = 2 * std::uint64_t{max_input_length};
 
 /// Null if the file is none of the cache's, or of another URL.
-ResponsePtr read_response(const MappedFile& file, ObjectKind kind, std::string_view url) {
-    auto entry = decode_cache_entry(file.bytes());
+ResponsePtr read_response(std::string_view file, ObjectKind kind, std::string_view url) {
+    auto entry =
+        decode_cache_entry({reinterpret_cast<const std::uint8_t*>(file.data()), file.size()});
     if (!entry || entry->kind != kind || entry->url != url) {
         return nullptr;
     }
@@ -60,9 +30,10 @@ ResponsePtr read_response(const MappedFile& file, ObjectKind kind, std::string_v
     if (!objects) {
         return nullptr;
     }
+    auto marks = marks_of(*objects);
     return std::make_shared<const Response>(Response{.objects = std::move(objects),
+                                                     .marks = std::move(marks),
                                                      .validators = std::move(entry->validators),
-                                                     .marks = std::move(entry->marks),
                                                      .content_digest = entry->content_digest});
 }
 
@@ -82,7 +53,11 @@ ResponsePtr CachedResponses::find(ObjectKind kind, std::string_view url) {
         known != nullptr ? known->path : folder.path_of(cache_file_name(kind, url));
     struct stat status {};
     if (path.empty() || lstat(path.c_str(), &status) != 0) {
+        const DWORD error = path.empty() ? ERROR_SUCCESS : own_failure_of(errno);
         forget(key);
+        if (error != ERROR_SUCCESS) {
+            throw OwnFailure(error);
+        }
         return nullptr;
     }
     if (known == nullptr) {
@@ -95,9 +70,12 @@ ResponsePtr CachedResponses::find(ObjectKind kind, std::string_view url) {
         if (known->identity != identity_of(status)) {
             known->response = nullptr;
             known->identity = {};
-            if (const MappedFile file(path.c_str()); !file.bytes().empty() && folder.is_usable()) {
-                known->response = read_response(file, kind, url);
-                known->identity = file.identity();
+            const auto outcome =
+                read_whole_file(path.c_str(), O_NOFOLLOW, max_file_size, is_private);
+            const auto* const file = std::get_if<WholeFile>(&outcome);
+            if (file != nullptr && folder.is_usable()) {
+                known->response = read_response(file->bytes, kind, url);
+                known->identity = identity_of(file->status);
                 growth = known->identity.size + response_overhead;
             }
         }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/retrieval/CacheFolder.h"
-#include "platform/retrieval/Response.h"
+#include "platform/retrieval/RetrievalOutcome.h"
 
 #include <memory>
 #include <mutex>
@@ -13,15 +13,14 @@
 
 namespace norvane {
 
-using ResponsePtr = std::shared_ptr<const Response>;
-
 /// The responses of the cache folder, each read and checked once in this process for as long as its
 /// file does not change.
 class CachedResponses {
   public:
     [[nodiscard]] static CachedResponses& instance();
 
-    /// The response that is cached for a URL; null if there is none. Throws std::bad_alloc.
+    /// The response that is cached for a URL; null if there is none. Throws std::bad_alloc, and
+    /// OwnFailure if there is a file that cannot be read.
     [[nodiscard]] ResponsePtr find(ObjectKind kind, std::string_view url);
 
     /// Puts a response, with the bytes that it was read from, into the cache if that is possible.

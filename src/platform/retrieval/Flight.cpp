@@ -5,7 +5,6 @@
 #include <exception>
 #include <memory>
 #include <mutex>
-#include <new>
 #include <optional>
 #include <thread>
 #include <unordered_map>
@@ -78,14 +77,7 @@ class Flights {
 };
 
 void fly(const std::string& key, const std::shared_ptr<Flight>& flight, const Retrieve& retrieve) {
-    RetrievalOutcome outcome;
-    try {
-        outcome = retrieve(flight->deadline);
-    } catch (const std::bad_alloc&) {
-        outcome = {ERROR_NOT_ENOUGH_MEMORY, nullptr};
-    } catch (...) {
-        outcome = {E_UNEXPECTED, nullptr};
-    }
+    RetrievalOutcome outcome = outcome_of([&] { return retrieve(flight->deadline); });
     Flights::instance().leave(key, *flight);
     const std::lock_guard lock(flight->mutex);
     flight->outcome = std::move(outcome);

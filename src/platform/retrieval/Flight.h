@@ -1,18 +1,12 @@
 #pragma once
 
-#include "platform/retrieval/CachedResponses.h"
 #include "platform/retrieval/Deadline.h"
+#include "platform/retrieval/RetrievalOutcome.h"
 
 #include <functional>
 #include <string>
 
 namespace norvane {
-
-/// How a retrieval ended.
-struct RetrievalOutcome {
-    DWORD error = ERROR_SUCCESS; ///< the last error, if there is no response
-    ResponsePtr response;
-};
 
 /// Carries `retrieve` out in a thread of its own, and waits for its outcome until `end`. Those who
 /// come with the same key before it is over wait for the same outcome, each until its own end; the

@@ -4,16 +4,21 @@
 #include "platform/store/SharedObject.h"
 
 #include <algorithm>
-#include <string_view>
+#include <map>
+#include <utility>
 #include <variant>
 
 namespace norvane {
 namespace {
 
-/// More are not kept; a URL that delivers CRLs of many scopes has some dozens.
-constexpr std::size_t max_marks = 1024;
-constexpr std::string_view oid_issuing_distribution_point = "2.5.29.28";
-constexpr std::string_view oid_delta_crl_indicator = "2.5.29.27";
+/// More are not looked at; a URL that delivers CRLs of many scopes has some dozens.
+constexpr std::size_t max_scopes = 1024;
+
+/// What is known of a scope in a response.
+struct Scope {
+    std::uint64_t least_date = 0;
+    bool is_served = false;
+};
 
 template <class Object>
 void add(ObjectStore& store, ByteView bytes) {
@@ -23,33 +28,18 @@ void add(ObjectStore& store, ByteView bytes) {
     }
 }
 
-CrlMark mark_of(const CRL_INFO& crl) {
-    std::span<const std::uint8_t> point;
-    bool delta = false;
-    for (const CERT_EXTENSION& extension : std::span(crl.rgExtension, crl.cExtension)) {
-        if (extension.pszObjId == oid_issuing_distribution_point) {
-            point = {extension.Value.pbData, extension.Value.cbData};
-        }
-        delta = delta || extension.pszObjId == oid_delta_crl_indicator;
+/// The CRLs at some places of a store, in a store of their own; null if there are none.
+Ref<ObjectStore> store_with(const ObjectStore& objects, std::span<const std::uint32_t> places) {
+    if (places.empty()) {
+        return {};
     }
-    const std::uint64_t high = crl.ThisUpdate.dwHighDateTime;
-    return {.scope = Digester()
-                         .add(delta ? "delta" : "whole")
-                         .add(encoded_length(crl.Issuer.cbData))
-                         .add({crl.Issuer.pbData, crl.Issuer.cbData})
-                         .add(point)
-                         .finish(),
-            .this_update = high << 32 | crl.ThisUpdate.dwLowDateTime};
-}
-
-/// Enters a mark, or makes the one of its scope as new.
-void enter(CrlMark mark, std::vector<CrlMark>& marks) {
-    const auto known = std::ranges::find(marks, mark.scope, &CrlMark::scope);
-    if (known != marks.end()) {
-        known->this_update = std::max(known->this_update, mark.this_update);
-    } else if (marks.size() < max_marks) {
-        marks.push_back(mark);
+    auto store = Ref<ObjectStore>::adopt(new ObjectStore(Additions::refused));
+    for (const std::uint32_t place : places) {
+        auto crl = Ref<SharedCrl>::share(objects.crl_from(place)->object);
+        static_cast<void>(store->add(std::move(crl), Duplicate::existing_used));
     }
+    store->publish();
+    return store;
 }
 
 } // namespace
@@ -79,35 +69,43 @@ Ref<ObjectStore> read_objects_of(ObjectKind kind, std::span<const ByteView> part
 std::vector<CrlMark> marks_of(const ObjectStore& objects) {
     std::vector<CrlMark> marks;
     for (std::uint32_t place = 0; const CrlCell* crl = objects.crl_from(place); ++place) {
-        enter(mark_of(*crl->context.pCrlInfo), marks);
+        marks.push_back(mark_of(*crl->context.pCrlInfo));
     }
     return marks;
 }
 
-std::optional<Digest> rolled_back_scope(std::span<const CrlMark> answer,
-                                        std::span<const CrlMark> seen, std::uint64_t latest) {
-    for (const CrlMark& mark : seen) {
-        const auto now = std::ranges::find(answer, mark.scope, &CrlMark::scope);
-        if (now != answer.end() && now->this_update < mark.this_update &&
-            mark.this_update <= latest) {
-            return mark.scope;
+CurrentCrls current_crls(const Ref<ObjectStore>& objects, std::span<const CrlMark> marks,
+                         const CrlMarks& seen, std::time_t now) {
+    std::map<Digest, Scope> scopes;
+    for (const CrlMark& mark : marks) {
+        if (!scopes.contains(mark.scope) && scopes.size() < max_scopes) {
+            scopes[mark.scope].least_date = seen.least_date(mark.scope, now);
         }
     }
-    return std::nullopt;
-}
-
-std::vector<CrlMark> merged_marks(std::span<const CrlMark> answer, std::span<const CrlMark> seen) {
-    std::vector<CrlMark> marks(seen.begin(), seen.end());
-    for (const CrlMark& mark : answer) {
-        const auto known = std::ranges::find(marks, mark.scope, &CrlMark::scope);
-        if (known != marks.end()) {
-            // The answer was accepted: if its CRL is older, the mark was not to be believed.
-            known->this_update = mark.this_update;
-        } else {
-            enter(mark, marks);
+    for (const CrlMark& mark : marks) {
+        const auto scope = scopes.find(mark.scope);
+        if (scope != scopes.end() && is_believable(mark.this_update, now)) {
+            scope->second.least_date = std::max(scope->second.least_date, mark.this_update);
         }
     }
-    return marks;
+    CurrentCrls current;
+    std::vector<std::uint32_t> places;
+    for (std::uint32_t place = 0; place < marks.size(); ++place) {
+        const auto scope = scopes.find(marks[place].scope);
+        if (scope != scopes.end() && marks[place].this_update >= scope->second.least_date) {
+            scope->second.is_served = true;
+            places.push_back(place);
+            current.marks.push_back(marks[place]);
+        }
+    }
+    for (const auto& [digest, scope] : scopes) {
+        if (!scope.is_served) {
+            current.outdated_scopes.push_back(digest);
+        }
+    }
+    current.complete = places.size() == marks.size();
+    current.objects = current.complete ? objects : store_with(*objects, places);
+    return current;
 }
 
 } // namespace norvane

@@ -2,12 +2,12 @@
 
 #include "asn1/ByteView.h"
 #include "platform/retrieval/CacheEntry.h"
+#include "platform/retrieval/CrlMarks.h"
 #include "platform/store/ObjectStore.h"
 #include "platform/store/SignedData.h"
 
-#include <cstdint>
+#include <ctime>
 #include <memory>
-#include <optional>
 #include <span>
 #include <vector>
 
@@ -15,28 +15,35 @@ namespace norvane {
 
 /// What a URL delivered, read. It does not change, and all who retrieve it share it.
 struct Response {
-    Ref<ObjectStore> objects; ///< at least one, in the order of the response
+    Ref<ObjectStore> objects;   ///< at least one, in the order of the response
+    std::vector<CrlMark> marks; ///< of its CRLs, in their order
     Validators validators;
-    std::vector<CrlMark> marks; ///< of its CRLs, and of those that the URL delivered before
     Digest content_digest{};
 };
 
-/// Reads the objects of a kind out of the parts of a response. What cannot be read costs only
+/// Reads the objects of a kind out of the parts of a response. What is no such object costs only
 /// itself. Null if there is no object. Throws std::bad_alloc.
 [[nodiscard]] Ref<ObjectStore> read_objects_of(ObjectKind kind, std::span<const ByteView> parts);
 
-/// The marks of the CRLs in a store.
+/// The marks of the CRLs in a store, in their order. Throws std::bad_alloc.
 [[nodiscard]] std::vector<CrlMark> marks_of(const ObjectStore& objects);
 
-/// The scope of a mark in `answer` that is older than the one in `seen`; nothing if there is none.
-/// Marks in `seen` that are later than `latest` (ticks of 100 ns since 1601) do not count.
-[[nodiscard]] std::optional<Digest> rolled_back_scope(std::span<const CrlMark> answer,
-                                                      std::span<const CrlMark> seen,
-                                                      std::uint64_t latest);
+/// The CRLs that may be served out of a response: of each scope those of the newest date, unless
+/// there is a mark that is newer. Of several of one date all are served: none of them shows to be
+/// the older one, and a forged one beside a genuine one then takes nothing away.
+struct CurrentCrls {
+    Ref<ObjectStore> objects;   ///< null if there is none
+    std::vector<CrlMark> marks; ///< of `objects`
+    bool complete = true;       ///< whether these are all CRLs of the response
+    /// Of which the response has only CRLs that are older than a mark.
+    std::vector<Digest> outdated_scopes;
+};
 
-/// The marks to keep when `answer` takes the place of what left `seen`: `seen` ones first, so that
-/// none is pushed out, and each as new as the answer has it.
-[[nodiscard]] std::vector<CrlMark> merged_marks(std::span<const CrlMark> answer,
-                                                std::span<const CrlMark> seen);
+/// @param marks those of `objects`. Of more than 1024 scopes in one response, what comes later is
+///     not served.
+/// Throws std::bad_alloc and OwnFailure.
+[[nodiscard]] CurrentCrls current_crls(const Ref<ObjectStore>& objects,
+                                       std::span<const CrlMark> marks, const CrlMarks& seen,
+                                       std::time_t now);
 
 } // namespace norvane

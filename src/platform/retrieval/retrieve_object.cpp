@@ -1,5 +1,6 @@
 #include "asn1/Reader.h"
 #include "platform/config/Configuration.h"
+#include "platform/retrieval/CachedResponses.h"
 #include "platform/retrieval/Fetch.h"
 #include "platform/retrieval/Flight.h"
 #include "platform/retrieval/Transports.h"
@@ -8,7 +9,7 @@
 
 #include <algorithm>
 #include <ctime>
-#include <optional>
+#include <iterator>
 #include <string>
 
 namespace norvane {
@@ -16,16 +17,6 @@ namespace {
 
 /// For a configuration that asks for no time at all.
 constexpr std::chrono::milliseconds fallback_timeout = std::chrono::seconds{15};
-/// How far ahead of the clock a CRL may be dated and still keep older ones out: clocks differ.
-constexpr std::uint64_t believable_future_seconds = 86'400;
-
-/// Seconds since 1970 as ticks of 100 ns since 1601.
-std::uint64_t to_ticks(std::uint64_t seconds) {
-    constexpr std::uint64_t seconds_from_1601_to_1970 = 11'644'473'600;
-    constexpr std::uint64_t ticks_per_second = 10'000'000;
-    return (seconds + seconds_from_1601_to_1970) * ticks_per_second;
-}
-
 FetchOutcome fetch(UrlScheme scheme, const FetchRequest& request) {
     if (scheme == UrlScheme::file) {
         return fetch_file(request);
@@ -38,48 +29,99 @@ FetchOutcome fetch(UrlScheme scheme, const FetchRequest& request) {
     return is_ldap ? servers->ldap(request) : servers->http(request);
 }
 
-/// Has a server's response take the place of what is cached, unless it is worse.
+/// What may be served of a cached response at present; null if there is nothing. CRLs that another
+/// URL has delivered anew are not.
+ResponsePtr current_part(ResponsePtr cached, std::time_t now) {
+    if (cached == nullptr || cached->marks.empty()) {
+        return cached;
+    }
+    CurrentCrls current = current_crls(cached->objects, cached->marks, CrlMarks::instance(), now);
+    if (current.complete) {
+        return cached;
+    }
+    if (!current.objects) {
+        return nullptr;
+    }
+    return std::make_shared<const Response>(Response{.objects = std::move(current.objects),
+                                                     .marks = std::move(current.marks),
+                                                     .validators = cached->validators,
+                                                     .content_digest = cached->content_digest});
+}
+
+ByteView view_of(std::string_view text) {
+    return {reinterpret_cast<const std::uint8_t*>(text.data()),
+            static_cast<std::uint32_t>(text.size())};
+}
+
+/// Each CRL of a store as a part of its own.
+std::vector<ByteView> parts_of(const ObjectStore& objects) {
+    std::vector<ByteView> parts;
+    for (std::uint32_t place = 0; const CrlCell* crl = objects.crl_from(place); ++place) {
+        parts.push_back(crl->object->encoded());
+    }
+    return parts;
+}
+
+/// For a response whose CRLs are all older than marks: what is cached, if it has one of them newer.
+RetrievalOutcome instead_of_outdated(std::span<const Digest> scopes, ResponsePtr cached,
+                                     std::time_t now) {
+    ResponsePtr current = current_part(std::move(cached), now);
+    const bool has_newer =
+        current != nullptr && std::ranges::any_of(current->marks, [scopes](const CrlMark& mark) {
+            return std::ranges::find(scopes, mark.scope) != scopes.end();
+        });
+    return has_newer ? RetrievalOutcome{ERROR_SUCCESS, std::move(current)}
+                     : RetrievalOutcome{ERROR_INVALID_DATA, nullptr};
+}
+
+/// Has a server's response take the place of what is cached, as far as it is not outdated.
 RetrievalOutcome accept(ObjectKind kind, const std::string& url, FetchedResponse fetched) {
     CacheEntry entry;
     entry.kind = kind;
     entry.url = url;
     entry.validators = std::move(fetched.validators);
-    for (const std::string& part : fetched.parts) {
-        entry.parts.push_back({reinterpret_cast<const std::uint8_t*>(part.data()),
-                               static_cast<std::uint32_t>(part.size())});
-    }
+    std::ranges::transform(fetched.parts, std::back_inserter(entry.parts), view_of);
     entry.content_digest = content_digest(entry.parts);
     CachedResponses& cache = CachedResponses::instance();
     const ResponsePtr cached = cache.find(kind, url);
     const bool same = cached != nullptr && cached->content_digest == entry.content_digest;
-    if (same && cached->validators == entry.validators) {
-        return {ERROR_SUCCESS, cached};
-    }
-    Response response;
-    response.objects = same ? cached->objects : read_objects_of(kind, entry.parts);
-    response.validators = entry.validators;
-    response.content_digest = entry.content_digest;
-    if (!response.objects) {
+    Ref<ObjectStore> objects = same ? cached->objects : read_objects_of(kind, entry.parts);
+    if (!objects) {
         return {CRYPT_E_NO_MATCH, nullptr};
     }
-    response.marks = marks_of(*response.objects);
     const std::time_t now = std::time(nullptr);
-    if (cached != nullptr) {
-        const std::uint64_t latest =
-            to_ticks(static_cast<std::uint64_t>(now) + believable_future_seconds);
-        if (const auto scope = rolled_back_scope(response.marks, cached->marks, latest)) {
-            const auto held = marks_of(*cached->objects);
-            const bool has_newer = std::ranges::find(held, *scope, &CrlMark::scope) != held.end();
-            return has_newer ? RetrievalOutcome{ERROR_SUCCESS, cached}
-                             : RetrievalOutcome{ERROR_INVALID_DATA, nullptr};
-        }
-        response.marks = merged_marks(response.marks, cached->marks);
+    CurrentCrls current = current_crls(objects, marks_of(*objects), CrlMarks::instance(), now);
+    if (!current.objects) {
+        return instead_of_outdated(current.outdated_scopes, cached, now);
     }
-    entry.marks = response.marks;
+    CrlMarks::instance().note_served(current.marks, now);
+    if (!current.complete) {
+        entry.parts = parts_of(*current.objects);
+        entry.content_digest = content_digest(entry.parts);
+    }
+    if (cached != nullptr && cached->content_digest == entry.content_digest &&
+        cached->validators == entry.validators) {
+        return {ERROR_SUCCESS, cached};
+    }
     entry.received = now;
-    auto accepted = std::make_shared<const Response>(std::move(response));
+    auto accepted =
+        std::make_shared<const Response>(Response{.objects = std::move(current.objects),
+                                                  .marks = std::move(current.marks),
+                                                  .validators = entry.validators,
+                                                  .content_digest = entry.content_digest});
     cache.keep(entry, accepted);
     return {ERROR_SUCCESS, std::move(accepted)};
+}
+
+/// The answer when a server says that what is cached is still the right response.
+RetrievalOutcome confirm(ResponsePtr cached) {
+    const std::time_t now = std::time(nullptr);
+    ResponsePtr current = current_part(std::move(cached), now);
+    if (current == nullptr) {
+        return {ERROR_INVALID_DATA, nullptr};
+    }
+    CrlMarks::instance().note_served(current->marks, now);
+    return {ERROR_SUCCESS, std::move(current)};
 }
 
 RetrievalOutcome retrieve_from_server(UrlScheme scheme, ObjectKind kind, const std::string& url,
@@ -97,7 +139,7 @@ RetrievalOutcome retrieve_from_server(UrlScheme scheme, ObjectKind kind, const s
         return {failure->error, nullptr};
     }
     if (std::holds_alternative<NotModified>(outcome)) {
-        return {ERROR_SUCCESS, cached};
+        return confirm(cached);
     }
     return accept(kind, url, std::get<FetchedResponse>(std::move(outcome)));
 }
@@ -112,7 +154,8 @@ RetrievalOutcome retrieve(std::string_view url, ObjectKind kind, DWORD flags, DW
         return {ERROR_INTERNET_UNRECOGNIZED_SCHEME, nullptr};
     }
     if ((flags & CRYPT_CACHE_ONLY_RETRIEVAL) != 0) {
-        ResponsePtr cached = CachedResponses::instance().find(kind, url);
+        ResponsePtr cached =
+            current_part(CachedResponses::instance().find(kind, url), std::time(nullptr));
         return {cached == nullptr ? CRYPT_E_NOT_FOUND : ERROR_SUCCESS, std::move(cached)};
     }
     std::chrono::milliseconds timeout{timeout_ms};
@@ -160,8 +203,9 @@ BOOL CryptRetrieveObjectByUrlA(LPCSTR pszUrl, LPCSTR pszObjectOid, DWORD dwRetri
         return norvane::fail(E_INVALIDARG);
     }
     const auto kind = certificates ? norvane::ObjectKind::certificate : norvane::ObjectKind::crl;
-    return norvane::guarded([&]() -> BOOL {
-        const auto outcome = norvane::retrieve(pszUrl, kind, dwRetrievalFlags, dwTimeout);
+    return norvane::guarded({.other = ERROR_INTERNAL_ERROR}, [&]() -> BOOL {
+        const auto outcome = norvane::outcome_of(
+            [&] { return norvane::retrieve(pszUrl, kind, dwRetrievalFlags, dwTimeout); });
         if (outcome.response == nullptr) {
             return norvane::fail(outcome.error);
         }

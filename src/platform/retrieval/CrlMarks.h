@@ -1,0 +1,47 @@
+#pragma once
+
+#include "platform/retrieval/CrlMark.h"
+
+#include <ctime>
+#include <span>
+
+namespace norvane {
+
+class CacheFolder;
+
+/// The marks of the newest CRLs that have been seen, by scope and whatever URL they came from. They
+/// are files of the cache folder, apart from the responses, so that neither the removal of these
+/// nor what others put into the cache erases them.
+///
+/// A mark on the ground `served` may stem from a forged CRL, so it lasts a day from when a server
+/// last delivered the CRL. One on the ground `verified` lasts; both kinds are bounded in number.
+/// While there is no room no more are made on the ground `served`, so that many scopes that someone
+/// thinks up do not push out others; they never take room from those on the ground `verified`. Of
+/// these the one goes that was made the longest ago.
+///
+/// A file that is gone or damaged is a mark that was never made. Of two processes that make a mark
+/// of one scope at the same moment the older date may stay, until the newer CRL is seen again.
+class CrlMarks {
+  public:
+    /// `folder` must outlive this object.
+    explicit CrlMarks(const CacheFolder& folder) : folder_(folder) {}
+
+    /// Those of the cache folder of this process.
+    [[nodiscard]] static CrlMarks& instance();
+
+    /// The least date that a CRL of a scope must have at present to be taken; 0 if there is none.
+    /// Throws std::bad_alloc, and OwnFailure if a file cannot be read that is there.
+    [[nodiscard]] std::uint64_t least_date(const Digest& scope, std::time_t now) const;
+
+    /// Notes CRLs that a server has delivered and that are taken. One that cannot be noted for want
+    /// of room or of a folder is not. Throws as above.
+    void note_served(std::span<const CrlMark> marks, std::time_t now);
+
+    /// Notes a CRL on which a verdict rests. As above.
+    void note_verified(const CrlMark& mark, std::time_t now);
+
+  private:
+    const CacheFolder& folder_;
+};
+
+} // namespace norvane

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <norvane/wincrypt.h>
+
+#include <exception>
+
+namespace norvane {
+
+/// Thrown where this process fails, and not what it looks at: such a failure says nothing about a
+/// server, a response or a file, and must never pass for one that does.
+class OwnFailure : public std::exception {
+  public:
+    explicit OwnFailure(DWORD error) noexcept : error_(error) {}
+
+    [[nodiscard]] DWORD error() const noexcept { return error_; } ///< the last error for it
+    [[nodiscard]] const char* what() const noexcept override { return "the process failed"; }
+
+  private:
+    DWORD error_;
+};
+
+/// Whether a last error is one of those that stand for failures of this process.
+[[nodiscard]] bool is_own_failure(DWORD error) noexcept;
+
+/// The last error for an `errno` that tells of this process or its system: want of memory, of
+/// descriptors or of buffers, or a device that does not work. `ERROR_SUCCESS` for all others.
+[[nodiscard]] DWORD own_failure_of(int error_number) noexcept;
+
+} // namespace norvane

@@ -1,0 +1,25 @@
+#include "platform/retrieval/RetrievalOutcome.h"
+
+#include "platform/retrieval/OwnFailure.h"
+
+#include <new>
+#include <system_error>
+
+namespace norvane {
+
+RetrievalOutcome outcome_of(const std::function<RetrievalOutcome()>& retrieve) noexcept {
+    try {
+        return retrieve();
+    } catch (const OwnFailure& failure) {
+        return {failure.error(), nullptr};
+    } catch (const std::bad_alloc&) {
+        return {ERROR_NOT_ENOUGH_MEMORY, nullptr};
+    } catch (const std::system_error&) {
+        // No thread, or a lock that cannot be taken.
+        return {ERROR_NO_SYSTEM_RESOURCES, nullptr};
+    } catch (...) {
+        return {ERROR_INTERNAL_ERROR, nullptr};
+    }
+}
+
+} // namespace norvane

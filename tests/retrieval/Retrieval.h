@@ -86,12 +86,13 @@ struct Retrieved {
 
 [[nodiscard]] inline HttpReply reply_of(const Bytes& body) { return http_reply(text_of(body)); }
 
-// With a cache in the folder, and no proxy from outside. `more` are lines of [retrieval].
+// With a cache in the folder, no proxy from outside and no memory of failures. `more` are lines of
+// [retrieval], which override these.
 [[nodiscard]] inline ::testing::AssertionResult
 passes_with_cache(const std::function<void()>& checks, std::string_view more = "",
                   const TemporaryFolder& folder = TemporaryFolder()) {
     const std::string text = "[retrieval]\ncache_folder = " + (folder.path() / "cache").string() +
-                             "\n" + std::string(more);
+                             "\nfailure_memory = 0s\n" + std::string(more);
     return passes_when_configured(text, [&] {
         for (const char* name : {"http_proxy", "all_proxy", "no_proxy", "NORVANE_CACHE_DIR"})
             unsetenv(name);

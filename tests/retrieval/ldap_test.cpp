@@ -1,8 +1,14 @@
 #include "retrieval/Retrieval.h"
 #include "support/LdapServer.h"
 
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <thread>
+
 namespace norvane::testing {
 namespace {
+
+namespace fs = std::filesystem;
 
 TEST(LdapRetrieval, UrlsGiveTheValuesOfTheirAttributesWithinTheLimits) {
     if (!LdapServer::is_installed())
@@ -50,6 +56,10 @@ TEST(LdapRetrieval, UrlsGiveTheValuesOfTheirAttributesWithinTheLimits) {
             {server.url("nonsense?" + crls), ERROR_INTERNET_INVALID_URL},
             {server.url("cn=A,o=Test?" + crls + "?base?(("), ERROR_INTERNET_INVALID_URL},
             {"ldap:///cn=A,o=Test?" + crls, ERROR_INTERNET_INVALID_URL},
+            {"ldap://a%20ldap:%2f%2f127.0.0.1/o=Test", ERROR_INTERNET_INVALID_URL},
+            {server.url("o=Test%0d%0aQUIT"), ERROR_INTERNET_INVALID_URL},
+            {server.url("o=Test?a%7f"), ERROR_INTERNET_INVALID_URL},
+            {server.url("o=Test?a?base?(a=%5c0d%5C0aQUIT)"), ERROR_INTERNET_INVALID_URL},
             {"ldap://127.0.0.1:1/o=Test", ERROR_INTERNET_CANNOT_CONNECT},
             {"ldaps" + server.url("o=Test").substr(4), ERROR_INTERNET_CANNOT_CONNECT},
             {"ldap" + silent.url("/o=Test").substr(4), ERROR_TIMEOUT},
@@ -63,6 +73,50 @@ TEST(LdapRetrieval, UrlsGiveTheValuesOfTheirAttributesWithinTheLimits) {
         }
     };
     EXPECT_TRUE(passes_with_cache(checks, "response_limit = 190000\n"));
+}
+
+// A server that begins a message and never ends it.
+TEST(LdapRetrieval, NothingIsLeftOfServersThatStopInAMessage) {
+    const auto checks = [] {
+        const auto count = [](const char* folder) {
+            const fs::directory_iterator items(folder);
+            return std::distance(begin(items), end(items));
+        };
+        const int listener = socket(AF_INET, SOCK_STREAM, 0);
+        sockaddr_in address{};
+        socklen_t size = sizeof address;
+        auto* const generic = reinterpret_cast<sockaddr*>(&address);
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        ASSERT_EQ(bind(listener, generic, size), 0);
+        ASSERT_EQ(getsockname(listener, generic, &size), 0);
+        ASSERT_EQ(listen(listener, 64), 0);
+        std::vector<int> accepted;
+        std::thread stopper([&] {
+            for (int next = 0; (next = accept(listener, nullptr, nullptr)) >= 0;) {
+                static_cast<void>(send(next, "\x30\x84\x00\x00\x10\x00\x02", 7, 0));
+                accepted.push_back(next);
+            }
+        });
+        const std::string base = "ldap://127.0.0.1:" + std::to_string(ntohs(address.sin_port));
+        const auto files = count("/proc/self/fd");
+        const auto threads = count("/proc/self/task");
+        constexpr int retrievals = 20;
+        for (int i = 0; i < retrievals; ++i)
+            EXPECT_EQ(retrieve(base + "/o=" + std::to_string(i), all_objects, 20),
+                      failure(ERROR_TIMEOUT));
+        const auto patience = Clock::now() + milliseconds(ample_ms);
+        while (count("/proc/self/task") > threads && Clock::now() < patience)
+            std::this_thread::yield();
+        EXPECT_EQ(count("/proc/self/task"), threads);
+        shutdown(listener, SHUT_RDWR);
+        stopper.join();
+        EXPECT_EQ(count("/proc/self/fd"), files + std::ssize(accepted));
+        for (const int connection : accepted)
+            close(connection);
+        close(listener);
+    };
+    EXPECT_TRUE(passes_with_cache(checks));
 }
 
 } // namespace

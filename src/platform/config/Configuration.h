@@ -50,10 +50,12 @@ struct Configuration {
     std::filesystem::path cache_folder; ///< empty: retrieved objects are not kept
     std::uint64_t cache_size_bytes = 0;
     std::uint64_t response_limit_bytes = 0;
+    std::uint64_t certificate_limit_bytes = 0;
     std::uint32_t max_redirects = 0;
     std::vector<std::string> url_schemes; ///< in small letters
     std::chrono::milliseconds retrieval_timeout{};
-    std::string proxy; ///< URL; empty: none
+    std::chrono::milliseconds failure_memory{}; ///< 0: failures are not remembered
+    std::string proxy;                          ///< URL; empty: none
 
     bool sha1 = false;
 

@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <ctime>
 #include <fcntl.h>
+#include <mutex>
 #include <span>
 #include <sys/random.h>
 #include <unistd.h>
@@ -80,13 +81,17 @@ FileIdentity identity_of(const struct stat& status) noexcept {
 }
 
 const CacheFolder& CacheFolder::instance() {
-    static const CacheFolder folder = [] {
+    // Not a static object with an initializer: one that a fork finds half made is never finished in
+    // the child.
+    static std::once_flag once;
+    static const CacheFolder* folder = nullptr;
+    std::call_once(once, [] {
         const char* const path = trusted_environment("NORVANE_CACHE_DIR");
         const bool absolute = path != nullptr && *path == '/';
-        return CacheFolder(absolute ? path : configuration().cache_folder,
-                           configuration().cache_size_bytes);
-    }();
-    return folder;
+        folder = new CacheFolder(absolute ? path : configuration().cache_folder,
+                                 configuration().cache_size_bytes);
+    });
+    return *folder;
 }
 
 std::string CacheFolder::path_of(std::string_view name) const {

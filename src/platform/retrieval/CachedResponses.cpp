@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <fcntl.h>
+#include <vector>
 
 namespace norvane {
 namespace {
@@ -39,7 +40,7 @@ ResponsePtr read_response(std::string_view file, ObjectKind kind, std::string_vi
 
 } // namespace
 
-CachedResponses& CachedResponses::instance() {
+CachedResponses& CachedResponses::instance() noexcept {
     // Never destroyed: a retrieval may still be on its way when static objects are.
     static auto* const responses = new CachedResponses;
     return *responses;
@@ -123,25 +124,46 @@ std::shared_ptr<CachedResponses::Slot> CachedResponses::slot(const std::string& 
 }
 
 void CachedResponses::forget(const std::string& key) {
+    decltype(slots_)::node_type forgotten; // outlives the lock
     const std::lock_guard lock(mutex_);
-    slots_.erase(key);
+    forgotten = slots_.extract(key);
 }
 
 /// From time to time drops the responses whose files have gone or changed, since nobody may ever
 /// ask for them again.
 void CachedResponses::note_growth(std::uint64_t size) {
+    std::vector<std::shared_ptr<Slot>> dropped; // outlives the lock
     const std::lock_guard lock(mutex_);
     growth_bytes_ += size;
     if (growth_bytes_ < growth_between_drops) {
         return;
     }
     growth_bytes_ = 0;
-    std::erase_if(slots_, [](const auto& item) {
+    dropped.reserve(slots_.size());
+    std::erase_if(slots_, [&dropped](const auto& item) {
         const std::unique_lock busy(item.second->mutex, std::try_to_lock);
         struct stat status {};
-        return busy.owns_lock() && (lstat(item.second->path.c_str(), &status) != 0 ||
-                                    identity_of(status) != item.second->identity);
+        const bool drop = busy.owns_lock() && (lstat(item.second->path.c_str(), &status) != 0 ||
+                                               identity_of(status) != item.second->identity);
+        if (drop) {
+            dropped.push_back(item.second);
+        }
+        return drop;
     });
+}
+
+void CachedResponses::begin_in_child() noexcept {
+    for (auto at = slots_.begin(); at != slots_.end();) {
+        if (at->second->mutex.try_lock()) {
+            at->second->mutex.unlock();
+            ++at;
+        } else {
+            // Nobody will ever unlock it, and what it guards may be half made: it stays behind.
+            static_cast<void>(new std::shared_ptr<Slot>(at->second));
+            at = slots_.erase(at);
+        }
+    }
+    mutex_.unlock();
 }
 
 } // namespace norvane

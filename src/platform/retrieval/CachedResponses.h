@@ -17,7 +17,7 @@ namespace norvane {
 /// file does not change.
 class CachedResponses {
   public:
-    [[nodiscard]] static CachedResponses& instance();
+    [[nodiscard]] static CachedResponses& instance() noexcept;
 
     /// The response that is cached for a URL; null if there is none. Throws std::bad_alloc, and
     /// OwnFailure if there is a file that cannot be read.
@@ -26,6 +26,11 @@ class CachedResponses {
     /// Puts a response, with the bytes that it was read from, into the cache if that is possible.
     /// Throws std::bad_alloc.
     void keep(const CacheEntry& entry, ResponsePtr response);
+
+    void prepare_fork() noexcept { mutex_.lock(); }
+    void go_on_in_parent() noexcept { mutex_.unlock(); }
+    /// Forgets what threads were busy with that the child does not have.
+    void begin_in_child() noexcept;
 
   private:
     struct Slot {
@@ -42,7 +47,9 @@ class CachedResponses {
     void forget(const std::string& key);
     void note_growth(std::uint64_t size);
 
-    std::mutex mutex_; ///< Held for a moment, or for the drop of what has no file any more.
+    /// Held for a moment, or for the search of what has no file any more. Nothing is let go of
+    /// under it, which would take locks of other folders.
+    std::mutex mutex_;
     std::unordered_map<std::string, std::shared_ptr<Slot>> slots_; ///< By kind and URL.
     std::uint64_t growth_bytes_ = 0;                               ///< since the last drop
 };

@@ -98,11 +98,6 @@ void write(const CacheFolder& folder, const CrlMark& mark, MarkGround ground) {
 
 } // namespace
 
-CrlMarks& CrlMarks::instance() {
-    static CrlMarks marks(CacheFolder::instance());
-    return marks;
-}
-
 std::uint64_t CrlMarks::least_date(const Digest& scope, std::time_t now) const {
     std::uint64_t least = 0;
     for (const MarkGround ground : {MarkGround::served, MarkGround::verified}) {
@@ -111,7 +106,7 @@ std::uint64_t CrlMarks::least_date(const Digest& scope, std::time_t now) const {
     return least;
 }
 
-void CrlMarks::note_served(std::span<const CrlMark> marks, std::time_t now) {
+void CrlMarks::note_served(std::span<const CrlMark> marks, std::time_t now) const {
     std::optional<std::size_t> room; // counted when it is first needed
     for (const CrlMark& mark : marks) {
         const FoundMark verified = find(folder_, mark.scope, MarkGround::verified);
@@ -136,7 +131,7 @@ void CrlMarks::note_served(std::span<const CrlMark> marks, std::time_t now) {
     }
 }
 
-void CrlMarks::note_verified(const CrlMark& mark, std::time_t now) {
+void CrlMarks::note_verified(const CrlMark& mark, std::time_t now) const {
     const FoundMark known = find(folder_, mark.scope, MarkGround::verified);
     if (!is_believable(mark.this_update, now) ||
         counting(known, MarkGround::verified, now) >= mark.this_update) {

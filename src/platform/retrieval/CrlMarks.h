@@ -26,19 +26,16 @@ class CrlMarks {
     /// `folder` must outlive this object.
     explicit CrlMarks(const CacheFolder& folder) : folder_(folder) {}
 
-    /// Those of the cache folder of this process.
-    [[nodiscard]] static CrlMarks& instance();
-
     /// The least date that a CRL of a scope must have at present to be taken; 0 if there is none.
     /// Throws std::bad_alloc, and OwnFailure if a file cannot be read that is there.
     [[nodiscard]] std::uint64_t least_date(const Digest& scope, std::time_t now) const;
 
     /// Notes CRLs that a server has delivered and that are taken. One that cannot be noted for want
     /// of room or of a folder is not. Throws as above.
-    void note_served(std::span<const CrlMark> marks, std::time_t now);
+    void note_served(std::span<const CrlMark> marks, std::time_t now) const;
 
     /// Notes a CRL on which a verdict rests. As above.
-    void note_verified(const CrlMark& mark, std::time_t now);
+    void note_verified(const CrlMark& mark, std::time_t now) const;
 
   private:
     const CacheFolder& folder_;

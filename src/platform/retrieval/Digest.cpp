@@ -1,5 +1,6 @@
 #include "platform/retrieval/Digest.h"
 
+#include <mutex>
 #include <new>
 
 #include <openssl/evp.h>
@@ -10,7 +11,10 @@ namespace {
 /// A library context of its own, apart from what an application configures or loads. Never freed:
 /// threads may end later than static objects.
 const EVP_MD* sha256() {
-    static EVP_MD* const algorithm = [] {
+    // A fork may find it half made, and the child then makes its own.
+    static std::once_flag once;
+    static EVP_MD* algorithm = nullptr;
+    std::call_once(once, [] {
         OSSL_LIB_CTX* const context = OSSL_LIB_CTX_new();
         EVP_MD* const fetched =
             context == nullptr ? nullptr : EVP_MD_fetch(context, "SHA256", nullptr);
@@ -18,8 +22,8 @@ const EVP_MD* sha256() {
             OSSL_LIB_CTX_free(context);
             throw std::bad_alloc();
         }
-        return fetched;
-    }();
+        algorithm = fetched;
+    });
     return algorithm;
 }
 

@@ -2,10 +2,11 @@
 
 #include <condition_variable>
 #include <csignal>
-#include <exception>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <optional>
+#include <system_error>
 #include <thread>
 #include <unordered_map>
 #include <utility>
@@ -15,8 +16,8 @@ namespace {
 
 using Retrieve = std::function<RetrievalOutcome(const Deadline&)>;
 
-/// So many retrievals may hang in a library beyond their deadlines before no more are begun.
-constexpr std::size_t max_overdue = 64;
+/// So many retrievals may be on their way at once, each with a thread and some descriptors.
+constexpr std::size_t max_flights = 256;
 
 struct Flight {
     explicit Flight(Deadline::Clock::time_point end) : deadline(end) {}
@@ -30,50 +31,60 @@ struct Flight {
 /// Those that are on their way, by key.
 class Flights {
   public:
-    [[nodiscard]] static Flights& instance() {
+    [[nodiscard]] static Flights& instance() noexcept {
         // Never destroyed: threads may still use it when static objects are.
-        static auto* const flights = new Flights;
+        alignas(Flights) static std::byte place[sizeof(Flights)];
+        static auto* const flights = new (place) Flights;
         return *flights;
     }
 
     struct Joined {
-        std::shared_ptr<Flight> flight; ///< Null if too many hang.
+        std::shared_ptr<Flight> flight; ///< Null if there was no room until the end.
         bool is_new = false;
     };
 
     [[nodiscard]] Joined join(const std::string& key, Deadline::Clock::time_point end) {
-        const std::lock_guard lock(mutex_);
-        std::shared_ptr<Flight>& known = by_key_[key];
-        if (known != nullptr && !known->deadline.has_passed()) {
-            known->deadline.put_off_to(end);
-            return {known, false};
+        std::unique_lock lock(mutex_);
+        for (;;) {
+            const auto known = by_key_.find(key);
+            if (known != by_key_.end() && !known->second->deadline.has_passed()) {
+                known->second->deadline.put_off_to(end);
+                return {known->second, false};
+            }
+            if (count_ < max_flights) {
+                auto flight = std::make_shared<Flight>(end);
+                by_key_[key] = flight;
+                ++count_;
+                return {std::move(flight), true};
+            }
+            if (ended_.wait_until(lock, end) == std::cv_status::timeout) {
+                return {};
+            }
         }
-        if (known != nullptr) {
-            ++overdue_;
-        }
-        if (overdue_ >= max_overdue) {
-            by_key_.erase(key);
-            return {};
-        }
-        known = std::make_shared<Flight>(end);
-        return {known, true};
     }
 
-    /// Takes a flight that is over out of the table.
+    /// For a flight that is over. Another may have taken its place in the table.
     void leave(const std::string& key, const Flight& flight) {
         const std::lock_guard lock(mutex_);
         const auto known = by_key_.find(key);
         if (known != by_key_.end() && known->second.get() == &flight) {
             by_key_.erase(known);
-        } else {
-            --overdue_;
         }
+        --count_;
+        ended_.notify_all();
     }
+
+    void prepare_fork() noexcept { mutex_.lock(); }
+    void go_on_in_parent() noexcept { mutex_.unlock(); }
+    /// None of the parent's flights is on its way in the child. What they left behind stays where
+    /// it is: threads of the parent seem to wait for it.
+    void begin_in_child() noexcept { new (this) Flights; }
 
   private:
     std::mutex mutex_;
+    std::condition_variable ended_;
     std::unordered_map<std::string, std::shared_ptr<Flight>> by_key_;
-    std::size_t overdue_ = 0; ///< Those that are not over and not in the table any more.
+    std::size_t count_ = 0; ///< of all that are not over, in the table or not any more
 };
 
 void fly(const std::string& key, const std::shared_ptr<Flight>& flight, const Retrieve& retrieve) {
@@ -106,9 +117,11 @@ void start(const std::string& key, const std::shared_ptr<Flight>& flight,
     try {
         const SignalBlock block;
         std::thread([key, flight, retrieve] { fly(key, flight, retrieve); }).detach();
-    } catch (const std::exception&) {
-        // There can be no thread: then without one.
-        fly(key, flight, retrieve);
+    } catch (...) {
+        // Without a thread nobody would keep to the time. Whoever waits is told why.
+        fly(key, flight, [why = std::current_exception()](const Deadline&) -> RetrievalOutcome {
+            std::rethrow_exception(why);
+        });
     }
 }
 
@@ -119,7 +132,7 @@ RetrievalOutcome share_flight(const std::string& key, Deadline::Clock::time_poin
     for (;;) {
         const Flights::Joined joined = Flights::instance().join(key, end);
         if (joined.flight == nullptr) {
-            return {ERROR_TIMEOUT, nullptr};
+            return {ERROR_NO_SYSTEM_RESOURCES, nullptr};
         }
         Flight& flight = *joined.flight;
         if (joined.is_new) {
@@ -134,5 +147,9 @@ RetrievalOutcome share_flight(const std::string& key, Deadline::Clock::time_poin
         }
     }
 }
+
+void prepare_flights_for_fork() noexcept { Flights::instance().prepare_fork(); }
+void go_on_with_flights_in_parent() noexcept { Flights::instance().go_on_in_parent(); }
+void begin_flights_in_child() noexcept { Flights::instance().begin_in_child(); }
 
 } // namespace norvane

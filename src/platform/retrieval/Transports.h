@@ -12,8 +12,13 @@ struct Transports {
     FetchOutcome (*ldap)(const FetchRequest& request);
 };
 
-/// Null if the library is missing or cannot be loaded. Throws std::bad_alloc and nothing else.
+/// Null if the library is missing. Throws std::bad_alloc, and OwnFailure if it is there and cannot
+/// be loaded.
 [[nodiscard]] const Transports* transports();
+
+// Around a fork.
+void prepare_transports_for_fork() noexcept;
+void go_on_with_transports_after_fork() noexcept;
 
 } // namespace norvane
 

@@ -1,6 +1,7 @@
-#include "platform/config/FileText.h"
 #include "platform/retrieval/Fetch.h"
+#include "platform/retrieval/WholeFile.h"
 
+#include <cerrno>
 #include <string_view>
 
 namespace norvane {
@@ -27,14 +28,21 @@ FetchOutcome fetch_file(const FetchRequest& request) {
     if (path.empty()) {
         return FetchFailure{ERROR_INTERNET_INVALID_URL};
     }
-    auto outcome = read_file_text(path, request.size_limit);
-    if (auto* const text = std::get_if<std::string>(&outcome)) {
+    auto outcome = read_whole_file(path.c_str(), 0, request.size_limit);
+    if (auto* const file = std::get_if<WholeFile>(&outcome)) {
         FetchedResponse response;
-        response.parts.push_back(std::move(*text));
+        response.parts.push_back(std::move(file->bytes));
         return response;
     }
-    return FetchFailure{std::holds_alternative<FileAbsent>(outcome) ? ERROR_FILE_NOT_FOUND
-                                                                    : ERROR_ACCESS_DENIED};
+    switch (std::get<FileRefusal>(outcome).error_number) {
+    case ENOENT:
+    case ENOTDIR:
+        return FetchFailure{ERROR_FILE_NOT_FOUND};
+    case EFBIG:
+        return FetchFailure{ERROR_FILE_TOO_LARGE};
+    default:
+        return FetchFailure{ERROR_ACCESS_DENIED};
+    }
 }
 
 } // namespace norvane

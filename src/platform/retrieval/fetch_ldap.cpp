@@ -1,16 +1,20 @@
 #include "platform/retrieval/Fetch.h"
+#include "platform/retrieval/connect_to_host.h"
 
 #include <algorithm>
 #include <array>
-#include <limits>
+#include <charconv>
+#include <fcntl.h>
 #include <memory>
 #include <mutex>
-#include <optional>
+#include <new>
 #include <string_view>
+#include <sys/socket.h>
 #include <sys/time.h>
 #include <vector>
 
 #include <ldap.h>
+#include <openldap.h>
 
 namespace norvane {
 namespace {
@@ -58,6 +62,10 @@ constexpr ErrorRow errors[] = {
     {LDAP_TIMEOUT, ERROR_TIMEOUT},
     {LDAP_TIMELIMIT_EXCEEDED, ERROR_TIMEOUT},
     {LDAP_NO_MEMORY, ERROR_NOT_ENOUGH_MEMORY},
+    {LDAP_LOCAL_ERROR, ERROR_INTERNAL_ERROR},
+    {LDAP_ENCODING_ERROR, ERROR_INTERNAL_ERROR},
+    {LDAP_PARAM_ERROR, ERROR_INTERNAL_ERROR},
+    {LDAP_NOT_SUPPORTED, ERROR_INTERNAL_ERROR},
 };
 
 FetchFailure failure_of(int code) {
@@ -80,62 +88,140 @@ void start_libldap() {
     });
 }
 
+bool is_control(unsigned char c) {
+    constexpr unsigned char first_printable = 0x20;
+    constexpr unsigned char delete_character = 0x7f;
+    return c < first_printable || c == delete_character;
+}
+
+/// Whether a text, with the percent signs decoded, would put control characters on the wire, where
+/// servers of other protocols take them for the end of a line. In filters libldap decodes \XX too
+/// (RFC 4515 3).
+bool has_control(const char* text) {
+    const std::string_view all = text == nullptr ? "" : text;
+    if (std::ranges::any_of(all, is_control)) {
+        return true;
+    }
+    for (std::size_t at = all.find('\\'); at != all.npos; at = all.find('\\', at + 1)) {
+        unsigned char octet = 0;
+        const std::string_view number = all.substr(at + 1, 2);
+        const char* const end = number.data() + number.size();
+        if (std::from_chars(number.data(), end, octet, 16).ptr == end && number.size() == 2 &&
+            is_control(octet)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+/// Whether libldap has failed for want of memory, of which its results do not tell.
+bool memory_ran_out() { return ber_errno == LBER_ERROR_MEMORY; }
+
 /// One search without a bind, which makes it an anonymous one (RFC 4511 4.2).
 class LdapSearch {
   public:
     explicit LdapSearch(const FetchRequest& request) : request_(request) {}
+    LdapSearch(const LdapSearch&) = delete;
+    LdapSearch& operator=(const LdapSearch&) = delete;
+    /// So that the end of the session waits for nothing.
+    ~LdapSearch() {
+        if (session_ != nullptr) {
+            shutdown(socket_, SHUT_RDWR);
+        }
+    }
 
     [[nodiscard]] FetchOutcome run() {
+        ber_errno = LBER_ERROR_NONE;
+        FetchOutcome outcome = search();
+        if (std::holds_alternative<FetchFailure>(outcome) && memory_ran_out()) {
+            return FetchFailure{ERROR_NOT_ENOUGH_MEMORY};
+        }
+        return outcome;
+    }
+
+  private:
+    [[nodiscard]] FetchOutcome search() {
         LDAPURLDesc* parsed = nullptr;
-        if (ldap_url_parse(request_.url.c_str(), &parsed) != LDAP_URL_SUCCESS) {
-            return FetchFailure{ERROR_INTERNET_INVALID_URL};
+        if (const int code = ldap_url_parse(request_.url.c_str(), &parsed);
+            code != LDAP_URL_SUCCESS) {
+            return FetchFailure{code == LDAP_URL_ERR_MEM ? ERROR_NOT_ENOUGH_MEMORY
+                                                         : ERROR_INTERNET_INVALID_URL};
         }
         url_.reset(parsed);
-        if (url_->lud_host == nullptr || *url_->lud_host == '\0' || url_->lud_crit_exts != 0) {
+        if (!says_what_it_names()) {
             return FetchFailure{ERROR_INTERNET_INVALID_URL};
         }
-        if (const int code = open(); code != LDAP_SUCCESS) {
-            return failure_of(code);
+        const auto connected = connect_to_host(url_->lud_host, url_->lud_port, request_.deadline);
+        if (const auto* const error = std::get_if<DWORD>(&connected)) {
+            return FetchFailure{*error};
         }
-        if (const int code = send(); code != LDAP_SUCCESS) {
-            return failure_of(request_.deadline.has_passed() ? LDAP_TIMEOUT : code);
+        socket_ = std::get<int>(connected);
+        for (const auto step : {&LdapSearch::open, &LdapSearch::send}) {
+            if (const int code = (this->*step)(); code != LDAP_SUCCESS) {
+                return failure_of(request_.deadline.has_passed() ? LDAP_TIMEOUT : code);
+            }
         }
         return receive();
     }
 
-  private:
+    /// Whether libldap has read out of the URL what stands in it.
+    [[nodiscard]] bool says_what_it_names() const {
+        constexpr int max_port = 65'535;
+        if (url_->lud_host == nullptr || !is_host(url_->lud_host) || url_->lud_port <= 0 ||
+            url_->lud_port > max_port || url_->lud_crit_exts != 0 || has_control(url_->lud_dn) ||
+            has_control(url_->lud_filter)) {
+            return false;
+        }
+        for (char** name = url_->lud_attrs; name != nullptr && *name != nullptr; ++name) {
+            if (has_control(*name)) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    /// Makes a session of the connection.
     [[nodiscard]] int open() {
-        // Only scheme, host and port: the rest of the URL is for the search.
-        const std::string_view scheme = url_->lud_scheme;
+        // Only scheme and host, for the certificate of the server: the rest is for the search.
         const std::string_view host = url_->lud_host;
         const bool is_address = host.find(':') != host.npos;
-        std::string server(scheme);
-        server.append(is_address ? "://[" : "://").append(host).append(is_address ? "]:" : ":");
-        server.append(std::to_string(url_->lud_port));
+        std::string server(url_->lud_scheme);
+        server.append(is_address ? "://[" : "://").append(host).append(is_address ? "]" : "");
         LDAP* opened = nullptr;
-        if (const int code = ldap_initialize(&opened, server.c_str()); code != LDAP_SUCCESS) {
+        if (const int code = ldap_init_fd(socket_, LDAP_PROTO_TCP, server.c_str(), &opened);
+            code != LDAP_SUCCESS) {
+            close(socket_);
             return code;
         }
         session_.reset(opened);
         set(LDAP_OPT_PROTOCOL_VERSION, LDAP_VERSION3);
-        set(LDAP_OPT_X_TLS_REQUIRE_CERT, LDAP_OPT_X_TLS_DEMAND);
-        set(LDAP_OPT_X_TLS_NEWCTX, 0);
         ldap_set_option(opened, LDAP_OPT_REFERRALS, LDAP_OPT_OFF);
         ldap_set_option(opened, LDAP_OPT_RESTART, LDAP_OPT_OFF);
-        const timeval network = to_timeval(request_.deadline.remaining());
-        ldap_set_option(opened, LDAP_OPT_NETWORK_TIMEOUT, &network);
         Sockbuf* buffer = nullptr;
         ber_len_t limit = request_.size_limit + message_overhead;
         if (ldap_get_option(opened, LDAP_OPT_SOCKBUF, &buffer) != LDAP_OPT_SUCCESS ||
             ber_sockbuf_ctrl(buffer, LBER_SB_OPT_SET_MAX_INCOMING, &limit) < 0) {
             return LDAP_LOCAL_ERROR;
         }
-        return LDAP_SUCCESS;
+        return url_->lud_scheme == name_of(UrlScheme::ldaps) ? start_tls() : LDAP_SUCCESS;
+    }
+
+    [[nodiscard]] int start_tls() {
+        set(LDAP_OPT_X_TLS_REQUIRE_CERT, LDAP_OPT_X_TLS_DEMAND);
+        set(LDAP_OPT_X_TLS_NEWCTX, 0);
+        const timeval limit = to_timeval(request_.deadline.remaining());
+        ldap_set_option(session_.get(), LDAP_OPT_NETWORK_TIMEOUT, &limit);
+        const int code = ldap_install_tls(session_.get());
+        // libldap has made the socket one that blocks.
+        const int flags = fcntl(socket_, F_GETFL);
+        if (flags < 0 || fcntl(socket_, F_SETFL, flags | O_NONBLOCK) != 0) {
+            return LDAP_LOCAL_ERROR;
+        }
+        return code;
     }
 
     void set(int option, int value) { ldap_set_option(session_.get(), option, &value); }
 
-    /// Connects and sends. The look-up of the server's name may take longer than the deadline.
     [[nodiscard]] int send() {
         std::vector<char*> attributes = wanted_attributes();
         timeval limit = to_timeval(request_.deadline.remaining());
@@ -183,8 +269,13 @@ class LdapSearch {
             if (type == LDAP_RES_SEARCH_RESULT) {
                 return finish(message.get());
             }
-            if (type == LDAP_RES_SEARCH_ENTRY && !take_entry(message.get())) {
-                return FetchFailure{ERROR_FILE_TOO_LARGE};
+            if (type == LDAP_RES_SEARCH_ENTRY) {
+                if (!take_entry(message.get())) {
+                    return FetchFailure{ERROR_FILE_TOO_LARGE};
+                }
+                if (memory_ran_out()) {
+                    throw std::bad_alloc();
+                }
             }
         }
     }
@@ -229,6 +320,7 @@ class LdapSearch {
 
     const FetchRequest& request_;
     Description url_;
+    int socket_ = -1; ///< the session's, once there is one
     Session session_;
     int message_id_ = 0;
     std::uint64_t size_ = 0;

@@ -1,6 +1,7 @@
 #include "asn1/Reader.h"
 #include "platform/config/Configuration.h"
 #include "platform/retrieval/CachedResponses.h"
+#include "platform/retrieval/FailedRetrievals.h"
 #include "platform/retrieval/Fetch.h"
 #include "platform/retrieval/Flight.h"
 #include "platform/retrieval/Transports.h"
@@ -35,7 +36,8 @@ ResponsePtr current_part(ResponsePtr cached, std::time_t now) {
     if (cached == nullptr || cached->marks.empty()) {
         return cached;
     }
-    CurrentCrls current = current_crls(cached->objects, cached->marks, CrlMarks::instance(), now);
+    CurrentCrls current =
+        current_crls(cached->objects, cached->marks, CrlMarks(CacheFolder::instance()), now);
     if (current.complete) {
         return cached;
     }
@@ -90,11 +92,12 @@ RetrievalOutcome accept(ObjectKind kind, const std::string& url, FetchedResponse
         return {CRYPT_E_NO_MATCH, nullptr};
     }
     const std::time_t now = std::time(nullptr);
-    CurrentCrls current = current_crls(objects, marks_of(*objects), CrlMarks::instance(), now);
+    CurrentCrls current =
+        current_crls(objects, marks_of(*objects), CrlMarks(CacheFolder::instance()), now);
     if (!current.objects) {
         return instead_of_outdated(current.outdated_scopes, cached, now);
     }
-    CrlMarks::instance().note_served(current.marks, now);
+    CrlMarks(CacheFolder::instance()).note_served(current.marks, now);
     if (!current.complete) {
         entry.parts = parts_of(*current.objects);
         entry.content_digest = content_digest(entry.parts);
@@ -120,8 +123,16 @@ RetrievalOutcome confirm(ResponsePtr cached) {
     if (current == nullptr) {
         return {ERROR_INVALID_DATA, nullptr};
     }
-    CrlMarks::instance().note_served(current->marks, now);
+    CrlMarks(CacheFolder::instance()).note_served(current->marks, now);
     return {ERROR_SUCCESS, std::move(current)};
+}
+
+std::uint64_t size_limit(ObjectKind kind) {
+    const Configuration& settings = configuration();
+    return std::min<std::uint64_t>(kind == ObjectKind::certificate
+                                       ? settings.certificate_limit_bytes
+                                       : settings.response_limit_bytes,
+                                   max_input_length);
 }
 
 RetrievalOutcome retrieve_from_server(UrlScheme scheme, ObjectKind kind, const std::string& url,
@@ -132,8 +143,7 @@ RetrievalOutcome retrieve_from_server(UrlScheme scheme, ObjectKind kind, const s
                        .kind = kind,
                        .known = cached == nullptr ? Validators() : cached->validators,
                        .deadline = deadline,
-                       .size_limit = std::min<std::uint64_t>(configuration().response_limit_bytes,
-                                                             max_input_length),
+                       .size_limit = size_limit(kind),
                        .settings = configuration()});
     if (const auto* const failure = std::get_if<FetchFailure>(&outcome)) {
         return {failure->error, nullptr};
@@ -144,6 +154,28 @@ RetrievalOutcome retrieve_from_server(UrlScheme scheme, ObjectKind kind, const s
     return accept(kind, url, std::get<FetchedResponse>(std::move(outcome)));
 }
 
+/// Asks a server, unless that has failed lately.
+RetrievalOutcome retrieve_in_time(UrlScheme scheme, ObjectKind kind, const std::string& url,
+                                  std::chrono::milliseconds timeout) {
+    using Clock = Deadline::Clock;
+    const std::string key = retrieval_key(kind, url);
+    FailedRetrievals& failures = FailedRetrievals::instance();
+    if (const auto error = failures.find(key, timeout, Clock::now())) {
+        return {*error, nullptr};
+    }
+    RetrievalOutcome outcome =
+        share_flight(key, Clock::now() + timeout, [scheme, kind, url](const Deadline& deadline) {
+            return retrieve_from_server(scheme, kind, url, deadline);
+        });
+    if (outcome.response != nullptr) {
+        failures.forget(key);
+    } else if (scheme != UrlScheme::file) {
+        failures.remember(key, outcome.error, timeout, Clock::now(),
+                          configuration().failure_memory);
+    }
+    return outcome;
+}
+
 RetrievalOutcome retrieve(std::string_view url, ObjectKind kind, DWORD flags, DWORD timeout_ms) {
     if (!has_url_characters(url)) {
         return {ERROR_INTERNET_INVALID_URL, nullptr};
@@ -152,6 +184,9 @@ RetrievalOutcome retrieve(std::string_view url, ObjectKind kind, DWORD flags, DW
     const auto& allowed = configuration().url_schemes;
     if (!scheme || std::ranges::find(allowed, name_of(*scheme)) == allowed.end()) {
         return {ERROR_INTERNET_UNRECOGNIZED_SCHEME, nullptr};
+    }
+    if (*scheme != UrlScheme::file && !names_host(url)) {
+        return {ERROR_INTERNET_INVALID_URL, nullptr};
     }
     if ((flags & CRYPT_CACHE_ONLY_RETRIEVAL) != 0) {
         ResponsePtr cached =
@@ -165,11 +200,7 @@ RetrievalOutcome retrieve(std::string_view url, ObjectKind kind, DWORD flags, DW
     if (timeout.count() == 0) {
         timeout = fallback_timeout;
     }
-    const std::string text(url);
-    return share_flight(retrieval_key(kind, url), Deadline::Clock::now() + timeout,
-                        [scheme = *scheme, kind, text](const Deadline& deadline) {
-                            return retrieve_from_server(scheme, kind, text, deadline);
-                        });
+    return retrieve_in_time(*scheme, kind, std::string(url), timeout);
 }
 
 /// What the caller is given: an opening of the store, or a context of it.

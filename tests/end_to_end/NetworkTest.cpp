@@ -166,6 +166,29 @@ TEST_F(Network, ARevocationFromTheCacheIsUndoneByANewerListButNotByAServerWithou
     EXPECT_EQ(decision(leaf(held)), "good");
 }
 
+TEST_F(Network, ACrlOnWhichAVerdictRestedKeepsOlderOnesOutForGood) {
+    const auto base = [&](const char* month, std::vector<CrlEntry> entries) {
+        return reply_of(CrlBuilder{.issuer = common_name("CA"),
+                                   .this_update = utc_time(std::string(month) + "01000000Z"),
+                                   .entries = std::move(entries),
+                                   .extensions = {by_ca_, crl_number(integer(1))}}
+                            .sign(ca_key_));
+    };
+    server_.on("/new", base("2605", {{.serial = {unlisted}, .extensions = {reason_code(1)}}}));
+    server_.on("/old", base("2604", {}));
+    const auto leaf_of = [&](const char* path) {
+        return leaf(unlisted, {authority_info_access({server_.url("/issuer")}),
+                               crls_at({server_.url(path)})});
+    };
+    EXPECT_EQ(decision(leaf_of("/old"), {}, "other"), "good");
+    EXPECT_EQ(decision(leaf_of("/new")), "revoked:1");
+    // A full cache and a day later.
+    for (const auto& item : std::filesystem::directory_iterator(folder_.path() / "cache"))
+        if (item.path().extension() != ".verified")
+            std::filesystem::remove(item.path());
+    EXPECT_EQ(decision(leaf_of("/old")), "no_check");
+}
+
 TEST_F(Network, ADeadServerCostsTheTimeOutForEachUrlOrOnceInAll) {
     const HttpServer deaf(HttpServer::Accepts::nothing);
     HttpServer silent;

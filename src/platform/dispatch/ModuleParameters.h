@@ -24,6 +24,9 @@ class ModuleParameters {
     [[nodiscard]] PCERT_REVOCATION_PARA para() noexcept { return &para_; }
     [[nodiscard]] DWORD flags() const noexcept { return flags_; }
 
+    /// The CRLs that the module has told of, if the caller asks for them.
+    [[nodiscard]] const CERT_REVOCATION_CRL_INFO& crls() const noexcept { return crls_; }
+
     /// The CRLs of the question before are what the caller gets, unless another one follows.
     void keep_crls() noexcept { crls_are_kept_ = true; }
 

@@ -1,6 +1,7 @@
 #include "platform/dispatch/ModuleParameters.h"
 #include "platform/dispatch/RevocationModules.h"
 #include "platform/failure.h"
+#include "platform/retrieval/note_verdict.h"
 
 #include <algorithm>
 #include <array>
@@ -68,6 +69,7 @@ Status ask_modules(const Question& question, PVOID context, PCCERT_CONTEXT issue
         question.parameters.make_out(issuer);
         const Status answer = ask_module(question, module, context);
         if (answer.dwError == ERROR_SUCCESS || answer.dwError == CRYPT_E_REVOKED) {
+            norvane::note_verdict(question.parameters.crls());
             return answer;
         }
         if (is_more_telling(answer.dwError, told.dwError)) {

@@ -3,12 +3,29 @@
 #include "retrieval/Retrieval.h"
 
 #include <array>
+#include <atomic>
+#include <cerrno>
 #include <csignal>
+#include <dlfcn.h>
+#include <fcntl.h>
 #include <iostream>
 #include <iterator>
 #include <random>
 #include <sched.h>
 #include <sys/mount.h>
+#include <sys/resource.h>
+
+static std::atomic<bool> reads_fail = false;
+
+// Stands before the C library's, for this program and the libraries that it loads.
+extern "C" __attribute__((visibility("default"))) ssize_t read(int file, void* to, size_t size) {
+    static const auto original = reinterpret_cast<decltype(&read)>(dlsym(RTLD_NEXT, "read"));
+    if (reads_fail) {
+        errno = EIO;
+        return -1;
+    }
+    return original(file, to, size);
+}
 
 namespace norvane::testing {
 namespace {
@@ -187,6 +204,57 @@ TEST(CacheFaults, NoFileWithAFaultIsServed) {
         EXPECT_EQ(serve(whole), objects({crl}));
     };
     EXPECT_TRUE(passes_with_cache(checks, with_files, folder));
+}
+
+TEST(ProcessFaults, AreToldAsSuchAndNotRemembered) {
+    const TemporaryFolder folder;
+    const auto checks = [&] {
+        HttpServer server;
+        const Bytes crl = crl_of(260101);
+        const std::string file = "file://" + folder.write("source", text_of(crl)).string();
+        server.on("/", reply_of(crl));
+        ASSERT_EQ(retrieve(file), objects({crl}));
+        // Another file of the same content, which this process has not read yet.
+        const fs::path kept = files_with(folder.path() / "cache", ".response").at(0);
+        fs::last_write_time(kept, fs::last_write_time(kept) - std::chrono::seconds{1});
+
+        std::vector<int> taken;
+        const auto take_all_descriptors = [&] {
+            constexpr rlim_t few = 64;
+            rlimit limit{};
+            ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &limit), 0);
+            limit.rlim_cur = few;
+            ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
+            for (int next = 0; (next = open("/dev/null", O_RDONLY | O_CLOEXEC)) >= 0;)
+                taken.push_back(next);
+        };
+        const auto give_descriptors_back = [&] {
+            for (const int descriptor : taken)
+                close(descriptor);
+            taken.clear();
+        };
+        take_all_descriptors();
+        const Retrieved full = failure(ERROR_TOO_MANY_OPEN_FILES);
+        const std::string http = server.url("/");
+        EXPECT_EQ(retrieve(http), full) << "while what speaks to servers is not loaded";
+        EXPECT_EQ(retrieve(file), full);
+        EXPECT_EQ(retrieve(file, cached_objects), full);
+        give_descriptors_back();
+        EXPECT_EQ(retrieve(http), objects({crl}));
+        take_all_descriptors();
+        for (const char* scheme : {"http", "ldap"})
+            for (const std::string host : {"127.0.0.1", "localhost"})
+                EXPECT_EQ(retrieve(scheme + ("://" + host) + ":1/o=x"), full) << scheme << host;
+        give_descriptors_back();
+
+        reads_fail = true;
+        EXPECT_EQ(retrieve(file), failure(ERROR_READ_FAULT));
+        EXPECT_EQ(retrieve(file, cached_objects), failure(ERROR_READ_FAULT));
+        reads_fail = false;
+        EXPECT_EQ(retrieve(file, cached_objects), objects({crl}));
+    };
+    EXPECT_TRUE(
+        passes_with_cache(checks, "schemes = file http ldap\nfailure_memory = 1000s\n", folder));
 }
 
 } // namespace

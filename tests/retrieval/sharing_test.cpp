@@ -94,6 +94,28 @@ TEST(SharedRetrieval, ThreadsShareOneRequestAndOneStoreEachInItsOwnTime) {
     EXPECT_TRUE(passes_with_cache(checks));
 }
 
+TEST(SharedRetrieval, AChildDoesNotWaitForWhatItsParentHasBegun) {
+    const auto checks = [] {
+        HttpServer server;
+        const std::string url = server.url("/");
+        HttpReply slow = reply_of(crl_of(260101));
+        slow.before = 700ms;
+        server.on("/", slow);
+        std::thread asker([&] { EXPECT_EQ(retrieve(url), objects({crl_of(260101)})); });
+        while (server.requests("/").empty())
+            std::this_thread::yield();
+        const pid_t child = fork();
+        if (child == 0)
+            _exit(retrieve(url) == objects({crl_of(260101)}) ? 0 : 1);
+        int status = -1;
+        EXPECT_EQ(waitpid(child, &status, 0), child);
+        EXPECT_EQ(status, 0);
+        EXPECT_EQ(server.requests("/").size(), 2);
+        asker.join();
+    };
+    EXPECT_TRUE(passes_with_cache(checks));
+}
+
 TEST(SharedRetrieval, ProxiesOfTheConfigurationAndTheEnvironmentAreAsked) {
     for (const bool of_configuration : {false, true}) {
         const auto checks = [&] {

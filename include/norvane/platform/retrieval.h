@@ -44,21 +44,26 @@ NORVANE_PLATFORM_BEGIN
 /// Retrieves the certificates or CRLs at a URL.
 ///
 /// With `CRYPT_CACHE_ONLY_RETRIEVAL` the answer comes from the cache whatever its age, without a
-/// look-up of names and without a connection. Otherwise the server is always asked; if the cache
-/// has a response, whether it has changed, where HTTP can tell. A failure then is a failure, also
-/// if something is cached. A response in which a CRL is older than one that the cache has had from
-/// the same URL, of the same issuer and the same issuing distribution point, is not taken, and what
-/// the cache has is the answer: old CRLs that are played back do not undo a revocation. A CRL that
-/// is dated more than a day ahead keeps nothing out.
+/// look-up of names and without a connection. Otherwise the server is asked, unless it has failed
+/// lately; if the cache has a response, whether it has changed, where HTTP can tell. A failure then
+/// is a failure, also if something is cached.
+///
+/// Old CRLs that are played back do not undo a revocation: of CRLs with the same issuer, authority
+/// key identifier and issuing distribution point, apart for deltas, only the newest of a response
+/// are in the result, and none that is older than one that any URL has delivered before; for how
+/// long that is known, docs/configuration.md tells. If a server delivers none but such, what the
+/// cache has of theirs is the answer. A CRL that is dated more than a day ahead keeps nothing out.
 ///
 /// Names and passwords in URLs are refused, and nothing else identifies the caller to a server:
 /// no .netrc, no cookies. Redirections of HTTP are followed to http and https only, referrals of
-/// LDAP not at all. Content that is compressed is not unpacked. LDAP URLs need a host; without
-/// attributes they ask for those that RFC 4523 has for the kind of object.
+/// LDAP not at all. Content that is compressed is not unpacked. All URLs but those of files need a
+/// host of letters, digits, ".", "-" and "_" without escapes, or an address. Those of LDAP have no
+/// control characters, escaped or not; without attributes they ask for those that RFC 4523 has for
+/// the kind of object.
 ///
 /// Threads that ask for the same at once share one request. The request is carried out by a thread
-/// that the platform starts, with all signals blocked, so that the time-out holds also where a
-/// library blocks.
+/// that the platform starts, with all signals blocked, so that the time-out holds also where the
+/// look-up of a name blocks. A child of fork has nothing on its way.
 ///
 /// @param pszUrl the URL in ASCII.
 /// @param pszObjectOid `CONTEXT_OID_CERTIFICATE` or `CONTEXT_OID_CRL`.
@@ -79,17 +84,22 @@ NORVANE_PLATFORM_BEGIN
 ///     `CRYPT_E_NOT_FOUND` (the cache does not have it, or the directory has no such entry, or no
 ///     such attribute), `ERROR_FILE_NOT_FOUND` (no such file),
 ///     `CRYPT_E_NO_MATCH` (the response has no object of this kind),
-///     `ERROR_INVALID_DATA` (the response is older than one that was seen before, which the cache
-///     does not have any more),
+///     `ERROR_INVALID_DATA` (all CRLs of the response are older than ones that were seen before,
+///     which the cache does not have),
 ///     `ERROR_TIMEOUT`, `ERROR_FILE_TOO_LARGE` (the response exceeds the limit of the
 ///     configuration), `ERROR_INTERNET_NAME_NOT_RESOLVED`, `ERROR_INTERNET_CANNOT_CONNECT`,
 ///     `ERROR_INTERNET_CONNECTION_ABORTED` (the response is incomplete or not understood),
 ///     `ERROR_INTERNET_SECURITY_CHANNEL_ERROR` (TLS, or the server's certificate),
-///     `ERROR_HTTP_REDIRECT_FAILED` (too many redirections, or one to another scheme),
-///     `HTTP_E_STATUS_FIRST` plus any status of HTTP but 200, `ERROR_ACCESS_DENIED` (the file or
-///     the entry may not be read), `ERROR_MOD_NOT_FOUND` (norvane_transports.so, which speaks to
-///     servers, cannot be loaded from folder "norvane" beside this library), `E_FAIL` (any other
-///     failure of the server or of a library) or `ERROR_NOT_ENOUGH_MEMORY`.
+///     `ERROR_HTTP_REDIRECT_FAILED` (too many redirections, or one to another scheme or to no
+///     host), `HTTP_E_STATUS_FIRST` plus any status of HTTP but 200, `ERROR_ACCESS_DENIED` (the
+///     file or the entry may not be read), `ERROR_MOD_NOT_FOUND` (there is no
+///     norvane_transports.so, which speaks to servers, in folder "norvane" beside this library) or
+///     `E_FAIL` (any other failure of the server).
+///
+///     These tell of this process, and say nothing about the server or the cache:
+///     `ERROR_NOT_ENOUGH_MEMORY`, `ERROR_TOO_MANY_OPEN_FILES`, `ERROR_READ_FAULT` (a file that
+///     exists cannot be read), `ERROR_NO_SYSTEM_RESOURCES` (no thread, or too many requests on
+///     their way) or `ERROR_INTERNAL_ERROR` (a library failed).
 BOOL CryptRetrieveObjectByUrlA(LPCSTR pszUrl, LPCSTR pszObjectOid, DWORD dwRetrievalFlags,
                                DWORD dwTimeout, LPVOID* ppvObject, HCRYPTASYNC hAsyncRetrieve,
                                PCRYPT_CREDENTIALS pCredentials, LPVOID pvVerify,

@@ -41,7 +41,14 @@ void decode(Reader& in, ASN1T_BasicConstraints& out) {
 void decode(Reader& in, ASN1T_CRLNumber& out) { out.value = unsigned_integer(in, "CRLNumber"); }
 
 void decode(Reader& in, ASN1T_CRLReason& out) {
-    out.value = in.int32(Tag::enumerated, "CRLReason");
+    constexpr std::int32_t largest = 255;
+    const std::uint8_t* const start = in.position();
+    const std::int32_t value = in.int32(Tag::enumerated, "CRLReason");
+    if (value < 0 || value > largest) {
+        in.fail(ASN1Status::bad_value, "CRLReason", start, "0 to 255", "another number");
+        return;
+    }
+    out.value = value;
 }
 
 namespace {

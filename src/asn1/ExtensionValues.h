@@ -38,7 +38,8 @@ struct ASN1T_CRLNumber {
     std::uint32_t value = 0;
 };
 
-/// 2.5.29.21, in the extensions of a revoked entry.
+/// 2.5.29.21, in the extensions of a revoked entry. Codes are octets: a negative one or one above
+/// 255 does not decode. RFC 5280 5.3.1 knows those up to 10.
 struct ASN1T_CRLReason {
     std::int32_t value = 0;
 };

@@ -70,6 +70,19 @@ TEST(CRLItem, KindIsZeroOrOneOrElseUnknown) {
         EXPECT_EQ(with("1.2.643.2.2.49.1", hex(value)).crl_kind(), kind) << value;
 }
 
+TEST(CRLItem, AReasonThatIsNoOctetIsNoneAndTheEntryRevokes) {
+    const std::pair<const char*, std::uint32_t> cases[] = {
+        {"0a01 2a", 42},    {"0a02 00ff", 255},   {"0a02 0100", 0},
+        {"0a02 fffe", 0},   {"0a01 ff", 0},       {"0a03 00fffe", 0},
+        {"0a03 00ffff", 0}, {"0a04 0000fffe", 0}, {"0a01 80", 0},
+    };
+    for (const auto& [value, reason] : cases) {
+        const Bytes code = extension("2.5.29.21", Critical::no, hex(value));
+        const CRLItem item = crl(CrlBuilder{.entries = {{.serial = {0x05}, .extensions = {code}}}});
+        EXPECT_EQ(item.find_entry_reason("0x05"), reason) << value;
+    }
+}
+
 TEST(CRLItem, TheFirstEntryWithTheTextDecides) {
     const Bytes other = certificate_issuer({});
     const CRLItem item = crl(CrlBuilder{

@@ -72,20 +72,22 @@ TEST(Inputs, AreTakenInEachFormAndDamagedOnesCostOnlyThemselves) {
     const std::string ca = stores + "CA/rsa-issuing-ca";
     const std::string inputs = folder.write("inputs/good.pem", content_of(good)).parent_path();
     std::filesystem::copy(crl, inputs); // a folder may have others than certificates
+    ASSERT_EQ(mkfifo((inputs + "/fifo").c_str(), 0600), 0); // nobody writes into it
 
-    const Ending ending = run_revcheck({"--json", "--cache-only", "--root", colon, "--ca", both,
-                                        "--ca", ca + ".crl", "--ca", ca + "-delta.crl", "--issuer",
-                                        ca + ".pem", whole, longer, shorter, bundle, "-", inputs},
-                                       content_of(revoked));
+    const Ending ending =
+        run_revcheck({"--json", "--cache-only", "--root", colon, "--ca", both, "--ca", ca + ".crl",
+                      "--ca", ca + "-delta.crl", "--issuer", ca + ".pem", whole, longer, shorter,
+                      bundle, "/dev/stdin", inputs},
+                     content_of(revoked));
     EXPECT_EQ(ending.code, 65);
     Arguments told;
     for (const auto& verdict : ending.verdicts())
         told.push_back(verdict["certificate"].get<std::string>() + " " +
                        verdict["status"].get<std::string>());
     EXPECT_EQ(told, (Arguments{whole + " no_check", bundle + "#1 good", bundle + "#3 revoked",
-                               "- revoked", inputs + "/good.pem good"}));
-    EXPECT_EQ(std::ranges::count(ending.err, '\n'), 3);
-    for (const std::string& name : {longer, shorter, bundle + "#2"})
+                               "/dev/stdin revoked", inputs + "/good.pem good"}));
+    EXPECT_EQ(std::ranges::count(ending.err, '\n'), 4);
+    for (const std::string& name : {longer, shorter, bundle + "#2", inputs + "/fifo"})
         EXPECT_THAT(ending.err, HasSubstr("revcheck: " + name + ": "));
 }
 

@@ -1,94 +1,51 @@
 #include "FileContent.h"
 
+#include "asn1/LargePages.h"
 #include "platform/Descriptor.h"
 #include "platform/store/ObjectFile.h"
 
-#include <array>
-#include <cerrno>
 #include <fcntl.h>
-#include <sys/mman.h>
 #include <sys/stat.h>
-#include <system_error>
 #include <unistd.h>
-#include <utility>
+#include <variant>
 
 namespace norvane {
 namespace {
 
-InputError system_fault() { return InputError(std::generic_category().message(errno)); }
-
-InputError too_large() {
-    return InputError("larger than " + std::to_string(max_object_file_size >> 20U) + " MiB");
+bool is_regular(const std::string& path) {
+    struct stat status {};
+    return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
-int open_file(const std::string& path) {
-    const int number = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY);
-    if (number < 0) {
-        throw system_fault();
+template <class Outcome>
+FileBytes bytes_or_throw(Outcome outcome) {
+    if (const auto* const fault = std::get_if<FileFault>(&outcome)) {
+        throw InputError(fault->text);
     }
-    return number;
+    if (auto* const bytes = std::get_if<FileBytes>(&outcome)) {
+        return std::move(*bytes);
+    }
+    throw InputError("there is no such file");
+}
+
+/// A stream does not say how much will come.
+constexpr std::size_t first_block_size = 65'536;
+
+FileBytes read_stream(int descriptor) {
+    return bytes_or_throw(read_to_end(descriptor, first_block_size, max_object_file_size));
 }
 
 } // namespace
 
-FileContent FileContent::of_file(const std::string& path) {
-    const Descriptor file(open_file(path));
-    struct stat status {};
-    if (fstat(file.number(), &status) != 0) {
-        throw system_fault();
+FileContent FileContent::of_file(const std::string& path, FileOrigin origin) {
+    if (origin == FileOrigin::in_folder || is_regular(path)) {
+        return FileContent(
+            bytes_or_throw(read_file_bytes(path, max_object_file_size, prefer_large_pages)));
     }
-    FileContent content;
-    if (!S_ISREG(status.st_mode) || status.st_size == 0) {
-        content.read_from(file.number());
-        return content;
-    }
-    const auto size = static_cast<std::uint64_t>(status.st_size);
-    if (size > max_object_file_size) {
-        throw too_large();
-    }
-    // All of it will be read, so the system may bring it at once.
-    constexpr int flags = MAP_PRIVATE | MAP_POPULATE;
-    void* const place = mmap(nullptr, size, PROT_READ, flags, file.number(), 0);
-    if (place == MAP_FAILED) {
-        throw system_fault();
-    }
-    content.mapping_ = place;
-    content.mapped_ = static_cast<std::uint32_t>(size);
-    return content;
+    const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY));
+    return FileContent(read_stream(file.number()));
 }
 
-FileContent FileContent::of_standard_input() {
-    FileContent content;
-    content.read_from(STDIN_FILENO);
-    return content;
-}
-
-FileContent::FileContent(FileContent&& other) noexcept
-    : mapping_(std::exchange(other.mapping_, nullptr)), mapped_(std::exchange(other.mapped_, 0)),
-      read_(std::move(other.read_)) {}
-
-FileContent::~FileContent() {
-    if (mapping_ != nullptr) {
-        munmap(mapping_, mapped_);
-    }
-}
-
-void FileContent::read_from(int descriptor) {
-    std::array<std::uint8_t, 65'536> block{};
-    for (;;) {
-        const ssize_t count = read(descriptor, block.data(), block.size());
-        if (count == 0) {
-            return;
-        }
-        if (count > 0) {
-            read_.insert(read_.end(), block.begin(), block.begin() + count);
-        } else if (errno != EINTR) {
-            throw system_fault();
-        }
-        if (read_.size() > max_object_file_size) {
-            throw too_large();
-        }
-    }
-}
+FileContent FileContent::of_standard_input() { return FileContent(read_stream(STDIN_FILENO)); }
 
 } // namespace norvane

@@ -1,11 +1,12 @@
 #pragma once
 
 #include "asn1/ByteView.h"
+#include "platform/config/FileText.h"
 
 #include <cstdint>
 #include <stdexcept>
 #include <string>
-#include <vector>
+#include <utility>
 
 namespace norvane {
 
@@ -15,34 +16,27 @@ class InputError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// The content of a file, a pipe or standard input. A regular file is mapped, so its pages are the
-/// system's and go with this object; it must not be made shorter meanwhile.
+/// How a file came to be read: a pipe that somebody names is meant, one that lies in a folder is
+/// not, and waiting for its writer could take for ever.
+enum class FileOrigin : std::uint8_t { named, in_folder };
+
+/// The content of a file, a pipe or standard input, in memory of its own: what others do to the
+/// file while it is looked at does no harm.
 class FileContent {
   public:
-    /// Throws InputError. A folder, and more than the platform takes of a file, are faults.
-    [[nodiscard]] static FileContent of_file(const std::string& path);
+    /// Throws InputError. A folder, more than the platform takes of a file and, in a folder, what
+    /// is not a regular file are faults.
+    [[nodiscard]] static FileContent of_file(const std::string& path, FileOrigin origin);
     [[nodiscard]] static FileContent of_standard_input();
 
-    FileContent(const FileContent&) = delete;
-    FileContent& operator=(const FileContent&) = delete;
-    FileContent(FileContent&& other) noexcept;
-    FileContent& operator=(FileContent&&) = delete;
-    ~FileContent();
-
     [[nodiscard]] ByteView bytes() const noexcept {
-        return mapping_ != nullptr
-                   ? ByteView{static_cast<const std::uint8_t*>(mapping_), mapped_}
-                   : ByteView{read_.data(), static_cast<std::uint32_t>(read_.size())};
+        return {bytes_.octets.get(), static_cast<std::uint32_t>(bytes_.size)};
     }
 
   private:
-    FileContent() = default;
+    explicit FileContent(FileBytes bytes) noexcept : bytes_(std::move(bytes)) {}
 
-    void read_from(int descriptor);
-
-    void* mapping_ = nullptr;
-    std::uint32_t mapped_ = 0;
-    std::vector<std::uint8_t> read_;
+    FileBytes bytes_;
 };
 
 } // namespace norvane

@@ -47,21 +47,21 @@ void add_object(HCERTSTORE store, const ObjectFile::Object& object, const std::s
 
 } // namespace
 
-std::vector<std::string> files_at(const std::string& path) {
+InputFiles files_at(const std::string& path) {
     try {
         if (!fs::exists(path)) {
             throw InputError("there is no such file or folder");
         }
         if (!fs::is_directory(path)) {
-            return {path};
+            return {{path}, FileOrigin::named};
         }
-        std::vector<std::string> files;
+        InputFiles files{{}, FileOrigin::in_folder};
         for (const fs::directory_entry& entry : fs::directory_iterator(path)) {
             if (!entry.path().filename().string().starts_with('.') && !entry.is_directory()) {
-                files.push_back(entry.path().string());
+                files.paths.push_back(entry.path().string());
             }
         }
-        std::ranges::sort(files);
+        std::ranges::sort(files.paths);
         return files;
     } catch (const fs::filesystem_error& error) {
         throw InputError(error.code().message());
@@ -89,21 +89,33 @@ CertificateHandle make_certificate(const ObjectFile::Object& object, const std::
     return certificate;
 }
 
-void add_objects(HCERTSTORE store, const std::string& path, const FaultSink& faults) {
-    std::string name = path;
-    try {
-        for (const std::string& file_name : files_at(path)) {
-            name = file_name;
-            const FileContent content = FileContent::of_file(name);
-            const ObjectFile file(content.bytes());
-            tell_faults(name, file, faults);
-            for (const ObjectFile::Object& object : file.objects()) {
-                add_object(store, object, object_name(name, file, object.number), faults);
-            }
+void for_each_file(const std::string& path, const FileVisitor& visit, const FaultSink& faults) {
+    const auto guarded = [&faults](const std::string& name, const auto& action) {
+        try {
+            action();
+        } catch (const InputError& error) {
+            faults(name, error.what());
         }
-    } catch (const InputError& error) {
-        faults(name, error.what());
-    }
+    };
+    guarded(path, [&] {
+        const InputFiles files = files_at(path);
+        for (const std::string& name : files.paths) {
+            guarded(name,
+                    [&] { visit(name, FileContent::of_file(name, files.origin), files.origin); });
+        }
+    });
+}
+
+void add_objects(HCERTSTORE store, const std::string& path, const FaultSink& faults) {
+    const auto add_all = [&](const std::string& name, const FileContent& content,
+                             FileOrigin /*origin*/) {
+        const ObjectFile file(content.bytes());
+        tell_faults(name, file, faults);
+        for (const ObjectFile::Object& object : file.objects()) {
+            add_object(store, object, object_name(name, file, object.number), faults);
+        }
+    };
+    for_each_file(path, add_all, faults);
 }
 
 StoreHolder make_store() {

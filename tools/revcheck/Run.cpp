@@ -92,7 +92,7 @@ void Run::read_system_store(const std::vector<std::string>& paths, const WCHAR* 
 void Run::read_issuer() {
     const std::string& name = options_.issuer;
     try {
-        const FileContent content = FileContent::of_file(name);
+        const FileContent content = FileContent::of_file(name, FileOrigin::named);
         const ObjectFile file(content.bytes());
         tell_faults(name, file, fault_);
         const auto is_certificate = [](const ObjectFile::Object& object) {
@@ -111,24 +111,20 @@ void Run::read_issuer() {
 }
 
 void Run::check_input(const std::string& argument) {
-    std::string name = argument;
+    if (argument != standard_input) {
+        const auto check = [this](const std::string& name, const FileContent& content,
+                                  FileOrigin origin) { check_file(name, content, origin); };
+        for_each_file(argument, check, fault_);
+        return;
+    }
     try {
-        if (argument == standard_input) {
-            check_file(name, FileContent::of_standard_input(), false);
-            return;
-        }
-        const std::vector<std::string> files = files_at(argument);
-        const bool from_folder = files.size() != 1 || files.front() != argument;
-        for (const std::string& file : files) {
-            name = file;
-            check_file(name, FileContent::of_file(name), from_folder);
-        }
+        check_file(argument, FileContent::of_standard_input(), FileOrigin::named);
     } catch (const InputError& error) {
-        fault_(name, error.what());
+        fault_(argument, error.what());
     }
 }
 
-void Run::check_file(const std::string& name, const FileContent& content, bool from_folder) {
+void Run::check_file(const std::string& name, const FileContent& content, FileOrigin origin) {
     const ObjectFile file(content.bytes());
     tell_faults(name, file, fault_);
     bool has_certificate = false;
@@ -142,7 +138,7 @@ void Run::check_file(const std::string& name, const FileContent& content, bool f
             take({std::move(each), std::move(context)});
         }
     }
-    if (!has_certificate && file.faults().empty() && !from_folder) {
+    if (!has_certificate && file.faults().empty() && origin == FileOrigin::named) {
         fault_(name, "there is no certificate in it, only CRLs");
     }
 }

@@ -31,7 +31,7 @@ class Run {
     void read_system_store(const std::vector<std::string>& paths, const WCHAR* name);
     void read_issuer();
     void check_input(const std::string& argument);
-    void check_file(const std::string& name, const FileContent& content, bool from_folder);
+    void check_file(const std::string& name, const FileContent& content, FileOrigin origin);
     void take(Held certificate);
     void check_list();
     void tell(const CheckedCertificate& certificate, const Verdict& verdict);

@@ -53,6 +53,24 @@ class Block {
 
 } // namespace
 
+std::variant<FileBytes, FileFault> read_to_end(int descriptor, std::size_t expected_size,
+                                               std::size_t max_size, PrepareBlock prepare) {
+    // One octet more, so that the end of the file is seen without another block.
+    Block block(std::min(expected_size, max_size) + 1, prepare);
+    while (block.used() <= max_size) {
+        std::uint8_t* const end = block.end();
+        const ssize_t count = read(descriptor, end, block.room());
+        if (count == 0) {
+            return block.take();
+        }
+        if (count < 0 && errno != EINTR) {
+            return fault_of(errno);
+        }
+        block.add(static_cast<std::size_t>(count < 0 ? 0 : count));
+    }
+    return FileFault{"the file is larger than " + std::to_string(max_size) + " bytes"};
+}
+
 std::variant<FileBytes, FileAbsent, FileFault>
 read_file_bytes(const std::filesystem::path& path, std::size_t max_size, PrepareBlock prepare) {
     const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
@@ -70,20 +88,12 @@ read_file_bytes(const std::filesystem::path& path, std::size_t max_size, Prepare
     if (!S_ISREG(status.st_mode)) {
         return FileFault{"this is not a regular file"};
     }
-    // One octet more, so that the end of the file is seen without another block.
-    Block block(std::min(static_cast<std::size_t>(status.st_size), max_size) + 1, prepare);
-    while (block.used() <= max_size) {
-        std::uint8_t* const end = block.end();
-        const ssize_t count = read(file.number(), end, block.room());
-        if (count == 0) {
-            return block.take();
-        }
-        if (count < 0 && errno != EINTR) {
-            return fault_of(errno);
-        }
-        block.add(static_cast<std::size_t>(count < 0 ? 0 : count));
+    auto outcome =
+        read_to_end(file.number(), static_cast<std::size_t>(status.st_size), max_size, prepare);
+    if (auto* const fault = std::get_if<FileFault>(&outcome)) {
+        return std::move(*fault);
     }
-    return FileFault{"the file is larger than " + std::to_string(max_size) + " bytes"};
+    return std::get<FileBytes>(std::move(outcome));
 }
 
 std::variant<std::string, FileAbsent, FileFault> read_file_text(const std::filesystem::path& path,

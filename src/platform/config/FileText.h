@@ -28,6 +28,13 @@ struct FileBytes {
 /// Is shown a block of memory before it is filled.
 using PrepareBlock = void (*)(void* block, std::size_t size);
 
+/// Reads all that is left of an open file or stream, waiting where it makes wait.
+/// @param expected_size octets that there seem to be; how many there are is seen at the end.
+[[nodiscard]] std::variant<FileBytes, FileFault> read_to_end(int descriptor,
+                                                             std::size_t expected_size,
+                                                             std::size_t max_size,
+                                                             PrepareBlock prepare = nullptr);
+
 /// Reads a whole regular file of at most `max_size` bytes. Never waits: a pipe or a device is a
 /// fault.
 [[nodiscard]] std::variant<FileBytes, FileAbsent, FileFault>

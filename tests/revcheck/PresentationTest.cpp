@@ -62,11 +62,16 @@ TEST(Verdicts, OfPeopleBeginWithTheWordAndTellWhatTheyRestOn) {
 TEST(Verdicts, OfHostileNamesDoNotReachTheTerminal) {
     const SmallPki pki;
     const std::string file = pki.write(
-        "evil\x1b.der", {.subject = name({{"2.5.4.3", utf8("a\x1b[2J\n\u202e\u009b\u00e9")}})});
-    const Ending ending = run_revcheck(with_samples({file, pki.folder.path() / "no\tne"}));
-    EXPECT_THAT(ending.out, HasSubstr("CN=a\\x1b[2J\\x0a\\u{202e}\\u{009b}\u00e9\n"));
+        "evil\x1b.der",
+        {.subject = name({{"2.5.4.3", utf8("a\x1b[2J\n\u202e\u009b\u200b\U000e0041\u00e9")}})});
+    const Arguments arguments = with_samples({file, pki.folder.path() / "no\tne"});
+    const Ending ending = run_revcheck(arguments);
+    EXPECT_THAT(ending.out,
+                HasSubstr("CN=a\\x1b[2J\\x0a\\u{202e}\\u{009b}\\u{200b}\\u{0e0041}\u00e9\n"));
     EXPECT_THAT(ending.out, HasSubstr("evil\\x1b.der"));
     EXPECT_THAT(ending.err, HasSubstr("no\\x09ne"));
+    EXPECT_THAT(run_revcheck({"--json", file}).out,
+                HasSubstr(R"(CN=a\u001b[2J\n\u202e\u009b\u200b\udb40\udc41\u00e9")"));
 }
 
 TEST(Terminals, HaveColourUnlessItIsRefusedAndProgressOfWhatTakesLong) {

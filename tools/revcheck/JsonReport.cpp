@@ -79,8 +79,10 @@ std::string report_as_json(const CheckedCertificate& certificate, const Verdict&
         {"entry", entry_object(verdict.entry)},
         {"entry_in_delta", verdict.entry_in_delta},
     };
+    // Names may hold what a terminal obeys or does not show, so all but printable ASCII is escaped.
     // A file name may be no UTF-8; JSON has U+FFFD for what is not.
-    return object.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+    constexpr bool ascii_only = true;
+    return object.dump(-1, ' ', ascii_only, Json::error_handler_t::replace) + "\n";
 }
 
 } // namespace norvane

@@ -50,12 +50,24 @@ CodePoint first_code_point(std::string_view text) {
     return {0, 0};
 }
 
+struct CodeRange {
+    char32_t first;
+    char32_t last;
+};
+
+/// What shows nothing and yet changes what is seen around it: control characters, ends of lines and
+/// the Default_Ignorable_Code_Point of Unicode, to which zero widths, turns of the direction of
+/// writing, fillers, variation selectors and tags belong, and the annotations beside them.
+constexpr CodeRange invisible[] = {
+    {0x00, 0x1f},     {0x7f, 0x9f},       {0xad, 0xad},       {0x034f, 0x034f},   {0x061c, 0x061c},
+    {0x115f, 0x1160}, {0x17b4, 0x17b5},   {0x180b, 0x180f},   {0x200b, 0x200f},   {0x2028, 0x202e},
+    {0x2060, 0x206f}, {0x3164, 0x3164},   {0xfe00, 0xfe0f},   {0xfeff, 0xfeff},   {0xffa0, 0xffa0},
+    {0xfff0, 0xfffb}, {0x1bca0, 0x1bca3}, {0x1d173, 0x1d17a}, {0xe0000, 0xe0fff},
+};
+
 bool is_safe(char32_t c) {
-    const bool control = c < 0x20 || (c >= 0x7f && c < 0xa0);
-    const bool line_end = c == 0x2028 || c == 0x2029;
-    const bool direction = c == 0x061c || c == 0x200e || c == 0x200f ||
-                           (c >= 0x202a && c <= 0x202e) || (c >= 0x2066 && c <= 0x2069);
-    return !control && !line_end && !direction;
+    return std::ranges::none_of(
+        invisible, [c](const CodeRange& range) { return range.first <= c && c <= range.last; });
 }
 
 void append_octet(std::string& text, unsigned octet) {
@@ -101,6 +113,9 @@ std::string printable(std::string_view text) {
             append_octet(result, static_cast<unsigned char>(text.front()));
         } else {
             result += "\\u{";
+            if (next.value > 0xffff) {
+                append_octet(result, static_cast<unsigned>(next.value >> 16U));
+            }
             append_octet(result, static_cast<unsigned>(next.value >> 8U));
             append_octet(result, static_cast<unsigned>(next.value));
             result += '}';

@@ -7,8 +7,9 @@
 
 namespace norvane {
 
-/// UTF-8 text from outside, made fit for a terminal: control characters, those that turn the
-/// direction of writing, and what is no UTF-8 become visible, as "\x1b", "\u{202e}" and "\xff".
+/// UTF-8 text from outside, made fit for a terminal: control characters, those that show nothing or
+/// turn the direction of writing, and what is no UTF-8 become visible, as "\x1b", "\u{202e}",
+/// "\u{0e0041}" and "\xff".
 [[nodiscard]] std::string printable(std::string_view text);
 
 /// An encoded Name as text in UTF-8, not yet printable; its octets in hexadecimal if it cannot be

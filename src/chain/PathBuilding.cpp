@@ -8,10 +8,34 @@
 #include "chain/PathValidation.h"
 #include "values/ProcessFailure.h"
 
+#include <utility>
+
 namespace norvane {
 namespace {
 
-bool extend_path(ChainValidator& chain);
+/// What is on the path, which is no candidate for what goes in front of it: the only guard against
+/// cycles.
+using PathMembers = CertificateItemSet;
+
+/// Makes a certificate a member for a scope, unless it is one already.
+class Membership {
+  public:
+    Membership(PathMembers& members, const CertificateItem& certificate)
+        : members_(members), entry_(members.insert(&certificate)) {}
+    Membership(const Membership&) = delete;
+    Membership& operator=(const Membership&) = delete;
+    ~Membership() {
+        if (entry_.second) {
+            members_.erase(entry_.first);
+        }
+    }
+
+  private:
+    PathMembers& members_;
+    std::pair<PathMembers::iterator, bool> entry_;
+};
+
+bool extend_path(ChainValidator& chain, PathMembers& members);
 
 /// Tests the link between the path's first element, a candidate, and its child.
 bool link_holds(ChainValidator& chain, const CertificateChainItem& child) {
@@ -39,14 +63,16 @@ bool link_holds(ChainValidator& chain, const CertificateChainItem& child) {
     return true;
 }
 
-bool try_candidates(ChainValidator& chain, const IssuerCandidateSearch& search) {
+bool try_candidates(ChainValidator& chain, const IssuerCandidateSearch& search,
+                    PathMembers& members) {
     const CertificateChainItem& child = chain.path.items.front();
     for (const IssuerCandidate& candidate : search.candidates()) {
         PathGuard guard(chain.path);
         // A candidate with a fault has failed without a record.
         if (holds_without_fault([&] {
+                const Membership membership(members, candidate.certificate->first);
                 chain.path.items.emplace_front(*candidate.certificate);
-                return link_holds(chain, child) && extend_path(chain);
+                return link_holds(chain, child) && extend_path(chain, members);
             })) {
             guard.keep();
             return true;
@@ -56,31 +82,26 @@ bool try_candidates(ChainValidator& chain, const IssuerCandidateSearch& search) 
 }
 
 /// The known certificates first, then, over the wire, what only the extension can bring.
-bool extend_by_issuer(ChainValidator& chain) {
+bool extend_by_issuer(ChainValidator& chain, PathMembers& members) {
     const CertificateItem& first = chain.path.items.front().item();
     const IssuerSearchKey key = make_issuer_key(first);
-    // The only guard against cycles: what is on the path is no candidate.
-    CertificateItemSet excluded;
-    for (const CertificateChainItem& element : chain.path.items) {
-        excluded.insert(&element.item());
-    }
     const ASN1T_AuthorityInfoAccessSyntax* const aia = first.authority_info_access();
 
-    IssuerCandidateSearch known(key, excluded);
+    IssuerCandidateSearch known(key, members);
     candidates_from_cache(chain, known);
     candidates_from_extra(chain, known);
     candidates_from_stores(chain, known);
     if (aia != nullptr) {
         candidates_from_aia(chain, *aia, known, CRYPT_CACHE_ONLY_RETRIEVAL);
     }
-    if (try_candidates(chain, known)) {
+    if (try_candidates(chain, known, members)) {
         return true;
     }
 
     if (aia != nullptr && (chain.chain_flags & chain_cache_only) == 0) {
-        IssuerCandidateSearch retrieved(key, excluded);
+        IssuerCandidateSearch retrieved(key, members);
         candidates_from_aia(chain, *aia, retrieved, 0);
-        if (try_candidates(chain, retrieved)) {
+        if (try_candidates(chain, retrieved, members)) {
             return true;
         }
     }
@@ -89,7 +110,7 @@ bool extend_by_issuer(ChainValidator& chain) {
 }
 
 /// Extends the path, which is not empty, from its first element towards the root.
-bool extend_path(ChainValidator& chain) {
+bool extend_path(ChainValidator& chain, PathMembers& members) {
     const auto first = chain.path.items.begin();
     const bool self_signed = first->item().is_self_signed();
     const bool trusted = first->info().trusted;
@@ -104,7 +125,7 @@ bool extend_path(ChainValidator& chain) {
         record_failure(chain, IS_NOT_SIGNATURE_VALID, first);
         return false;
     }
-    return extend_by_issuer(chain);
+    return extend_by_issuer(chain, members);
 }
 
 } // namespace
@@ -114,7 +135,11 @@ bool push_and_extend(ChainValidator& chain, ItemCache::value_type& certificate) 
     // A certificate with a fault has failed without a record.
     const bool extended = holds_without_fault([&] {
         chain.path.items.emplace_front(certificate);
-        return extend_path(chain);
+        PathMembers members;
+        for (const CertificateChainItem& element : chain.path.items) {
+            members.insert(&element.item());
+        }
+        return extend_path(chain, members);
     });
     if (extended) {
         guard.keep();

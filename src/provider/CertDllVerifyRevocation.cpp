@@ -1,5 +1,6 @@
 #include "call/Question.h"
 #include "chain/Chain.h"
+#include "items/RememberedNames.h"
 #include "provider/ConsultedCrls.h"
 #include "provider/ModuleLoad.h"
 #include "provider/RevocationParameters.h"
@@ -142,6 +143,7 @@ BOOL verify_revocation(std::span<void* const> contexts, DWORD flags,
         crl_info->fDeltaCrlEntry = FALSE;
     }
 
+    const RememberedNames names;
     for (DWORD index = 0; index < contexts.size(); ++index) {
         switch (take_turn(index, static_cast<PCCERT_CONTEXT>(contexts[index]), flags, parameters,
                           status)) {

@@ -1,6 +1,6 @@
 #include "store/FindPredicates.h"
 
-#include "items/CertName.h"
+#include "items/RememberedNames.h"
 #include "store/StoreHandle.h"
 #include "values/NameText.h"
 #include "values/ProcessFailure.h"
@@ -20,7 +20,10 @@ ByteView view(const CACMPT_BLOB& blob) { return {blob.data, blob.length}; }
 CACMPT_BLOB copy(ByteView bytes) { return {bytes.data, bytes.length}; }
 
 bool same_name(ByteView sought, const CERT_NAME_BLOB& found) {
-    return canonical_name(copy(sought)) == canonical_name(copy(view(found)));
+    CACMPT_BLOB own_sought;
+    CACMPT_BLOB own_found;
+    return RememberedNames::form_of(sought, own_sought) ==
+           RememberedNames::form_of(view(found), own_found);
 }
 
 /// The keyIdentifier of the authority key identifier is `key_id`, or it cannot be told.

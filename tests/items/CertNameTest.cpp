@@ -1,4 +1,5 @@
 #include "items/CertName.h"
+#include "items/RememberedNames.h"
 
 #include "Material.h"
 
@@ -87,6 +88,25 @@ TEST(NamesEqual, GoesByTheCanonicalFormsAndKeepsThem) {
         EXPECT_EQ(names_equal(left, right), test.equal) << test.what;
         const auto* const kept = left.canonical().data;
         EXPECT_EQ(left.canonical().data, kept) << test.what;
+    }
+}
+
+TEST(RememberedNames, AreTheFormsThatWouldBeMade) {
+    const RememberedNames outermost;
+    const auto form = [](const Bytes& encoded) {
+        const CACMPT_BLOB name = blob(encoded);
+        CACMPT_BLOB own;
+        return bytes_of(RememberedNames::form_of({name.data, name.length}, own));
+    };
+    for (int pass = 0; pass < 2; ++pass) {
+        const RememberedNames nested;
+        // Long enough that not all find a place.
+        for (char letter = 'A'; letter <= 'Z'; ++letter) {
+            const std::string text(RememberedNames::max_octets / 32, letter);
+            const Bytes encoded = one("2.5.4.3", printable(text));
+            EXPECT_EQ(form(encoded), canonical(encoded));
+        }
+        EXPECT_THROW(static_cast<void>(form(sequence(null()))), Asn1Exception);
     }
 }
 

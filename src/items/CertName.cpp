@@ -35,18 +35,21 @@ constexpr std::array normalised_attributes{
     NormalisedAttribute{"2.5.4.3", StringTypeFrom::choice},               // commonName
 };
 
-/// The table's identifiers as arcs, converted once.
+/// The table's identifiers as arcs. They are converted when the module is loaded: a static of a
+/// function would be under construction for ever in a child of fork, if another thread made it.
+const auto normalised_oids = [] {
+    std::array<ASN1OBJID, normalised_attributes.size()> converted;
+    std::ranges::transform(normalised_attributes, converted.begin(),
+                           [](const auto& row) { return str_to_oid(row.oid); });
+    return converted;
+}();
+
 const NormalisedAttribute* find_attribute(const ASN1TObjId& type) {
-    static const auto oids = [] {
-        std::array<ASN1OBJID, normalised_attributes.size()> converted;
-        std::ranges::transform(normalised_attributes, converted.begin(),
-                               [](const auto& row) { return str_to_oid(row.oid); });
-        return converted;
-    }();
-    const auto found = std::ranges::find_if(oids, [&](const auto& oid) { return type == oid; });
-    return found == oids.end()
+    const auto found =
+        std::ranges::find_if(normalised_oids, [&](const auto& oid) { return type == oid; });
+    return found == normalised_oids.end()
                ? nullptr
-               : &normalised_attributes[static_cast<std::size_t>(found - oids.begin())];
+               : &normalised_attributes[static_cast<std::size_t>(found - normalised_oids.begin())];
 }
 
 Tag raw_tag(ByteView raw_value) {

@@ -1,5 +1,7 @@
 #include "platform/ModulePath.h"
 
+#include "platform/LazyObject.h"
+
 #include <dlfcn.h>
 #include <system_error>
 
@@ -19,13 +21,16 @@ std::filesystem::path library_folder() {
     return std::filesystem::canonical(info.dli_fname, error).parent_path();
 }
 
+constinit LazyObject<const std::filesystem::path> folder_of_this_library;
+
 } // namespace
 
 std::filesystem::path module_path(const std::filesystem::path& name) {
     if (name.empty() || name.is_absolute()) {
         return name;
     }
-    static const std::filesystem::path folder = library_folder();
+    const std::filesystem::path& folder = folder_of_this_library.get(
+        [] { return std::make_unique<const std::filesystem::path>(library_folder()); });
     return folder.empty() ? folder : folder / module_folder / name;
 }
 

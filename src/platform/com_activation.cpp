@@ -1,12 +1,13 @@
 #include "platform/ComApartment.h"
+#include "platform/ForkLocks.h"
 #include "platform/HResult.h"
 #include "platform/ModulePath.h"
+#include "platform/NeverDestroyed.h"
 #include "platform/config/Configuration.h"
 
 #include <array>
 #include <cstdio>
 #include <dlfcn.h>
-#include <memory>
 #include <mutex>
 #include <new>
 #include <string>
@@ -52,16 +53,16 @@ class LoadedComponents {
         return S_OK;
     }
 
+    void visit_lock(norvane::LockVisitor visit) { visit(mutex_); }
+
   private:
     std::mutex mutex_;
     norvane::ByName<GetClassObject> components_;
 };
 
-/// Never destroyed: threads may outlive the destructors of the process.
-LoadedComponents& loaded_components() {
-    static LoadedComponents& components = *std::make_unique<LoadedComponents>().release();
-    return components;
-}
+norvane::NeverDestroyed<LoadedComponents> all_loaded_components;
+
+LoadedComponents& loaded_components() { return all_loaded_components.object; }
 
 /// "{xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx}"
 std::string text_of(const GUID& id) {
@@ -90,6 +91,8 @@ HRESULT create(REFCLSID class_id, IUnknown* outer, REFIID interface_id, LPVOID* 
 }
 
 } // namespace
+
+void norvane::visit_component_locks(LockVisitor visit) { loaded_components().visit_lock(visit); }
 
 HRESULT CoCreateInstance(REFCLSID rclsid, IUnknown* pUnkOuter, DWORD dwClsContext, REFIID riid,
                          LPVOID* ppv) noexcept {

@@ -1,3 +1,5 @@
+#include "platform/ForkLocks.h"
+#include "platform/NeverDestroyed.h"
 #include "platform/WideText.h"
 #include "platform/config/Configuration.h"
 
@@ -6,7 +8,6 @@
 #include <algorithm>
 #include <cstring>
 #include <map>
-#include <memory>
 #include <mutex>
 #include <new>
 #include <optional>
@@ -58,6 +59,8 @@ class OpenKeys {
         return keys_.erase(handle) != 0;
     }
 
+    void visit_lock(norvane::LockVisitor visit) { visit(mutex_); }
+
   private:
     static constexpr std::uintptr_t handle_step = 4; // the low bits stay clear, as on the platform
 
@@ -66,11 +69,9 @@ class OpenKeys {
     std::uintptr_t next_handle_ = handle_step;
 };
 
-/// Never destroyed: threads may outlive the destructors of the process.
-OpenKeys& open_keys() {
-    static OpenKeys& keys = *std::make_unique<OpenKeys>().release();
-    return keys;
-}
+norvane::NeverDestroyed<OpenKeys> all_open_keys;
+
+OpenKeys& open_keys() { return all_open_keys.object; }
 
 bool key_exists(std::string path) {
     path += separator;
@@ -161,6 +162,8 @@ LSTATUS query_value(HKEY handle, LPCWSTR name, LPDWORD type, LPBYTE data, LPDWOR
 }
 
 } // namespace
+
+void norvane::visit_open_key_locks(LockVisitor visit) { open_keys().visit_lock(visit); }
 
 LSTATUS RegOpenKeyExW(HKEY hKey, LPCWSTR lpSubKey, DWORD ulOptions, REGSAM samDesired,
                       PHKEY phkResult) noexcept {

@@ -1,5 +1,7 @@
 #include "platform/config/Configuration.h"
 
+#include "platform/ForkLocks.h"
+#include "platform/NeverDestroyed.h"
 #include "platform/config/ConfigurationKeys.h"
 #include "platform/config/ConfigurationText.h"
 #include "platform/config/FileText.h"
@@ -7,6 +9,7 @@
 #include <atomic>
 #include <memory>
 #include <mutex>
+#include <optional>
 
 namespace norvane {
 namespace {
@@ -57,20 +60,20 @@ struct Process {
         std::string key;
         std::string value;
     };
-    /// Null until it is loaded. Never destroyed: threads may outlive the destructors of the
-    /// process.
+    /// Null until it is loaded, and never destroyed.
     std::atomic<const Configuration*> loaded = nullptr;
     std::mutex mutex; ///< For loading, and for what follows.
     std::vector<Override> overrides;
-    std::filesystem::path named_file;
+    std::optional<std::filesystem::path> named_file;
 };
 
-Process& process() {
-    static Process& only = *std::make_unique<Process>().release();
-    return only;
-}
+constinit NeverDestroyed<Process> own_process;
+
+Process& process() { return own_process.object; }
 
 } // namespace
+
+void visit_configuration_locks(LockVisitor visit) { visit(process().mutex); }
 
 std::vector<ConfigurationFile> standard_configuration_files(const std::filesystem::path& named) {
     std::vector<ConfigurationFile> files{{machine_file, FilePresence::optional}};
@@ -128,7 +131,7 @@ const Configuration& configuration() {
     const std::lock_guard lock(own.mutex);
     if (own.loaded.load(std::memory_order_relaxed) == nullptr) {
         auto made = std::make_unique<Configuration>(
-            load_configuration(standard_configuration_files(own.named_file)));
+            load_configuration(standard_configuration_files(own.named_file.value_or(""))));
         for (const Process::Override& each : own.overrides) {
             static_cast<void>(each.row->assign(*made, each.key, each.value, user_folders()));
         }

@@ -1,5 +1,7 @@
 #include "platform/crypto/Gost94Groups.h"
 
+#include "platform/NeverDestroyed.h"
+
 #include <algorithm>
 #include <array>
 #include <mutex>
@@ -118,8 +120,8 @@ const Gost94Group* find_gost_94_group(std::string_view oid) {
     if (numbers == groups.end()) {
         return nullptr;
     }
-    static Places& places = *new Places;
-    auto& place = places.places.at(static_cast<std::size_t>(numbers - groups.begin()));
+    static constinit NeverDestroyed<Places> places;
+    auto& place = places.object.places.at(static_cast<std::size_t>(numbers - groups.begin()));
     std::call_once(place.once, [&] {
         place.group = {Botan::BigInt(numbers->p), Botan::BigInt(numbers->q),
                        Botan::BigInt(numbers->a)};

@@ -1,5 +1,7 @@
 #include "platform/crypto/GostCurves.h"
 
+#include "platform/NeverDestroyed.h"
+
 #include <algorithm>
 #include <array>
 #include <mutex>
@@ -186,8 +188,8 @@ const Botan::EC_Group* find_gost_curve(std::string_view oid) {
     if (set == std::end(parameter_sets)) {
         return nullptr;
     }
-    static Groups& groups = *new Groups;
-    Groups::Place& place = groups.places.at(set->curve);
+    static constinit NeverDestroyed<Groups> groups;
+    Groups::Place& place = groups.object.places.at(set->curve);
     std::call_once(place.once, [&] { place.group = make_group(curves.at(set->curve)); });
     return &*place.group;
 }

@@ -1,8 +1,10 @@
 #include "platform/crypto/GostProvider.h"
 
+#include "platform/NeverDestroyed.h"
 #include "platform/ResidentLibrary.h"
 #include "platform/crypto/GostLibrary.h"
 
+#include <atomic>
 #include <stdexcept>
 
 namespace norvane {
@@ -29,7 +31,13 @@ const GostLibrary* load_library() {
 }
 
 const GostLibrary& library() {
-    static const GostLibrary* const loaded = load_library();
+    // Every load gives the same functions, and one that failed may succeed later.
+    static constinit std::atomic<const GostLibrary*> known = nullptr;
+    const GostLibrary* loaded = known.load(std::memory_order_acquire);
+    if (loaded == nullptr) {
+        loaded = load_library();
+        known.store(loaded, std::memory_order_release);
+    }
     if (loaded == nullptr) {
         throw std::runtime_error("norvane_gost.so cannot be loaded");
     }
@@ -53,8 +61,8 @@ class GostProvider final : public Provider {
 } // namespace
 
 const Provider& gost_provider() {
-    static const GostProvider& provider = *new GostProvider;
-    return provider;
+    static constinit NeverDestroyed<const GostProvider> provider;
+    return provider.object;
 }
 
 } // namespace norvane

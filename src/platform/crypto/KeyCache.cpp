@@ -1,5 +1,7 @@
 #include "platform/crypto/KeyCache.h"
 
+#include "platform/NeverDestroyed.h"
+
 #include <algorithm>
 #include <string_view>
 #include <utility>
@@ -67,9 +69,20 @@ std::shared_ptr<const PublicKey> KeyCache::get(const KeySource& source) {
     return made;
 }
 
-KeyCache& key_cache() {
-    static KeyCache& cache = *new KeyCache;
-    return cache;
+void KeyCache::visit_locks(LockVisitor visit) {
+    for (Set& set : sets_) {
+        visit(set.mutex);
+    }
 }
+
+namespace {
+
+constinit NeverDestroyed<KeyCache> only_cache;
+
+} // namespace
+
+KeyCache& key_cache() { return only_cache.object; }
+
+void visit_key_cache_locks(LockVisitor visit) { key_cache().visit_locks(visit); }
 
 } // namespace norvane

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/ForkLocks.h"
 #include "platform/crypto/Provider.h"
 
 #include <array>
@@ -30,6 +31,8 @@ class KeyCache {
     /// The key, imported if it is not here. Null if the provider does not take it; that is not
     /// remembered. Throws what the provider throws.
     [[nodiscard]] std::shared_ptr<const PublicKey> get(const KeySource& source);
+
+    void visit_locks(LockVisitor visit);
 
   private:
     static constexpr std::size_t ways = 8;

@@ -1,11 +1,16 @@
 #include "platform/crypto/LibcryptoProvider.h"
 
+#include "platform/ForkLocks.h"
+#include "platform/LazyObject.h"
 #include "platform/crypto/Libcrypto.h"
 #include "platform/crypto/LibcryptoKeys.h"
 
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <functional>
+#include <mutex>
+#include <thread>
 #include <utility>
 
 #include <openssl/provider.h>
@@ -45,7 +50,17 @@ std::size_t digest_index(ALG_ID algorithm) noexcept {
     return static_cast<std::size_t>(found - digest_names.begin());
 }
 
-/// The library context of the provider, with the digests looked up. It is never freed.
+/// One of them is held while libcrypto looks for algorithms. It does that under locks of its
+/// library context, which fork would leave to a child as they are; so fork takes all of these.
+/// There are several, so that threads seldom wait for each other.
+constinit std::array<std::mutex, 16> lookup_locks;
+
+std::unique_lock<std::mutex> lock_for_lookup() {
+    const std::size_t thread = std::hash<std::thread::id>()(std::this_thread::get_id());
+    return std::unique_lock(lookup_locks[thread % lookup_locks.size()]);
+}
+
+/// The library context of the provider, with the digests looked up.
 struct Library {
     OSSL_LIB_CTX* context;
     std::array<EVP_MD*, digest_names.size()> digests{};
@@ -56,6 +71,12 @@ struct Library {
             digests[i] =
                 require(EVP_MD_fetch(context, digest_names[i].name, nullptr), "EVP_MD_fetch");
         }
+    }
+    Library(const Library&) = delete;
+    Library& operator=(const Library&) = delete;
+    ~Library() {
+        std::ranges::for_each(digests, EVP_MD_free);
+        OSSL_LIB_CTX_free(context);
     }
 };
 
@@ -124,6 +145,7 @@ class LibcryptoKey final : public PublicKey {
     }
 
     KeyContext prepare(const EVP_MD* digest) const {
+        const auto lock = lock_for_lookup();
         KeyContext context(
             require(EVP_PKEY_CTX_new_from_pkey(library_.context, key_.get(), nullptr),
                     "EVP_PKEY_CTX_new_from_pkey"));
@@ -161,6 +183,7 @@ class LibcryptoProvider final : public Provider {
     [[nodiscard]] std::shared_ptr<const PublicKey> import_key(ALG_ID algorithm, Octets parameters,
                                                               Octets key) const override {
         const ErrorQueueGuard guard;
+        const auto lock = lock_for_lookup();
         KeyPointer made = make(algorithm, parameters, key);
         return made == nullptr
                    ? nullptr
@@ -184,11 +207,17 @@ class LibcryptoProvider final : public Provider {
     Library library_;
 };
 
+constinit LazyObject<const LibcryptoProvider> provider;
+
 } // namespace
 
+void visit_libcrypto_locks(LockVisitor visit) { std::ranges::for_each(lookup_locks, visit); }
+
 const Provider& libcrypto_provider() {
-    static const LibcryptoProvider& provider = *new LibcryptoProvider;
-    return provider;
+    return provider.get([] {
+        const auto lock = lock_for_lookup();
+        return std::make_unique<const LibcryptoProvider>();
+    });
 }
 
 } // namespace norvane

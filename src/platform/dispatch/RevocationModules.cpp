@@ -1,5 +1,6 @@
 #include "platform/dispatch/RevocationModules.h"
 
+#include "platform/ForkLocks.h"
 #include "platform/ModulePath.h"
 #include "platform/config/Configuration.h"
 
@@ -7,6 +8,7 @@
 #include <atomic>
 #include <dlfcn.h>
 #include <memory>
+#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -126,17 +128,34 @@ class Loading {
     ~Loading() { loads_modules = false; }
 };
 
+constinit std::mutex loading_mutex; ///< Held by the thread that loads modules.
+constinit std::atomic<const ModuleList*> loaded_list = nullptr;
+
 } // namespace
+
+/// A module that forks while it is loaded does so in the thread that holds the lock, which the
+/// child has too.
+void visit_module_list_locks(LockVisitor visit) {
+    if (!loads_modules) {
+        visit(loading_mutex);
+    }
+}
 
 std::span<const VerifyRevocation> revocation_modules() {
     if (loads_modules) {
         return {};
     }
-    static const ModuleList& list = [&]() -> const ModuleList& {
-        const Loading loading;
-        return load_modules();
-    }();
-    return process_ends ? std::span<const VerifyRevocation>() : list.entries;
+    const ModuleList* list = loaded_list.load(std::memory_order_acquire);
+    if (list == nullptr) {
+        const std::lock_guard lock(loading_mutex);
+        list = loaded_list.load(std::memory_order_relaxed);
+        if (list == nullptr) {
+            const Loading loading;
+            list = &load_modules();
+            loaded_list.store(list, std::memory_order_release);
+        }
+    }
+    return process_ends ? std::span<const VerifyRevocation>() : list->entries;
 }
 
 } // namespace norvane

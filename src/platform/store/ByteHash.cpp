@@ -1,5 +1,7 @@
 #include "platform/store/ByteHash.h"
 
+#include "platform/LazyObject.h"
+
 #include <cerrno>
 #include <cstring>
 #include <system_error>
@@ -50,10 +52,12 @@ std::uint64_t mix_bytes(std::uint64_t hash, ByteView bytes, const Secrets& secre
     return hash;
 }
 
+constinit LazyObject<const Secrets> process_secrets;
+
 } // namespace
 
 std::uint64_t byte_hash(ByteView bytes) {
-    static const Secrets secrets;
+    const Secrets& secrets = process_secrets.get(std::make_unique<const Secrets>);
     constexpr std::uint32_t end_size = 64 << 10;
     std::uint64_t hash = secrets.start;
     if (bytes.length <= 2 * end_size) {

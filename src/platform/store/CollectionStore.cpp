@@ -1,5 +1,7 @@
 #include "platform/store/CollectionStore.h"
 
+#include "platform/ForkLocks.h"
+
 #include <algorithm>
 #include <functional>
 #include <mutex>
@@ -9,9 +11,11 @@ namespace {
 
 /// Guards the members of all collections: walks go from one into another, and what makes no circle
 /// now must not make one with an addition at the same time.
-std::mutex members_mutex;
+constinit std::mutex members_mutex;
 
 } // namespace
+
+void visit_collection_locks(LockVisitor visit) { visit(members_mutex); }
 
 bool CollectionStore::add_member(Ref<Store> store, MemberUse use, DWORD priority) {
     const std::lock_guard lock(members_mutex);

@@ -1,9 +1,13 @@
 #include "platform/store/NamedStore.h"
 
 #include "asn1/LargePages.h"
+#include "platform/ForkLocks.h"
+#include "platform/LazyObject.h"
 #include "platform/config/FileText.h"
 #include "platform/store/ObjectFile.h"
 
+#include <algorithm>
+#include <array>
 #include <map>
 #include <system_error>
 #include <variant>
@@ -88,24 +92,36 @@ std::int64_t steady_now_ns() {
     return std::chrono::steady_clock::now().time_since_epoch() / std::chrono::nanoseconds{1};
 }
 
+using NamedStores = ByName<NamedStore>;
+constinit LazyObject<NamedStores> named_stores;
+
+/// So many stores have locks of their own, in the order of their names.
+constinit std::array<NamedStore::Locks, 8> store_locks;
+
+std::unique_ptr<NamedStores> make_stores() {
+    auto made = std::make_unique<NamedStores>();
+    for (const auto& [name, paths] : configuration().stores) {
+        made->try_emplace(name, paths, store_locks[made->size() % store_locks.size()]);
+    }
+    return made;
+}
+
 } // namespace
 
+void visit_named_store_locks(LockVisitor visit) {
+    // All of one kind, then those that are taken under them.
+    std::ranges::for_each(store_locks, visit, &NamedStore::Locks::look);
+    std::ranges::for_each(store_locks, visit, &NamedStore::Locks::content);
+}
+
 NamedStore* NamedStore::find(std::string_view name) {
-    using Stores = ByName<NamedStore>;
-    // Never destroyed, for the same reason as the stores themselves.
-    static Stores& stores = [&]() -> Stores& {
-        auto made = std::make_unique<Stores>();
-        for (const auto& [store_name, paths] : configuration().stores) {
-            made->try_emplace(store_name, paths);
-        }
-        return *made.release();
-    }();
+    NamedStores& stores = named_stores.get(make_stores);
     const auto found = stores.find(name);
     return found == stores.end() ? nullptr : &found->second;
 }
 
 std::shared_ptr<const StoreContent> NamedStore::present() const {
-    const std::lock_guard lock(content_mutex_);
+    const std::lock_guard lock(locks_.content);
     return content_;
 }
 
@@ -117,7 +133,7 @@ std::shared_ptr<const StoreContent> NamedStore::content() {
     if (content != nullptr && is_fresh()) {
         return content;
     }
-    std::unique_lock looking(look_mutex_, std::defer_lock);
+    std::unique_lock looking(locks_.look, std::defer_lock);
     if (content == nullptr) {
         looking.lock();
     } else if (!looking.try_lock()) {
@@ -130,7 +146,7 @@ std::shared_ptr<const StoreContent> NamedStore::content() {
     FileInventory files = take_inventory(paths_);
     if (content == nullptr || content->unsettled || content->files != files) {
         content = std::make_shared<const StoreContent>(StoreReader(std::move(files)).read());
-        const std::lock_guard lock(content_mutex_);
+        const std::lock_guard lock(locks_.content);
         content_ = content;
     }
     next_look_ns_.store(steady_now_ns() + look_interval.count(), std::memory_order_release);

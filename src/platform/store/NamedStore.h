@@ -36,7 +36,13 @@ class NamedStore {
     /// How long what was read is taken for what the files hold.
     static constexpr std::chrono::nanoseconds look_interval = std::chrono::seconds{1};
 
-    explicit NamedStore(const PathList& paths) : paths_(paths) {}
+    /// The locks of a store, which are few and may be shared: fork could not find them in a store.
+    struct Locks {
+        std::mutex look;    ///< Held by the thread that looks.
+        std::mutex content; ///< Held for a moment.
+    };
+
+    NamedStore(const PathList& paths, Locks& locks) : paths_(paths), locks_(locks) {}
 
     /// The store of this name; null if the configuration has none.
     [[nodiscard]] static NamedStore* find(std::string_view name);
@@ -50,9 +56,8 @@ class NamedStore {
     [[nodiscard]] std::shared_ptr<const StoreContent> present() const;
 
     const PathList& paths_;
-    std::mutex look_mutex_; ///< Held by the thread that looks.
+    Locks& locks_;
     std::atomic<std::int64_t> next_look_ns_ = 0;
-    mutable std::mutex content_mutex_; ///< Held for a moment.
     std::shared_ptr<const StoreContent> content_;
 };
 

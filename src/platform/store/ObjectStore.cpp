@@ -50,8 +50,25 @@ void CellList<Object>::drop_last() noexcept {
     kept_.pop_back();
 }
 
-struct ObjectStore::Content {
+namespace {
+
+/// Those of the content of stores. They are few and shared by all stores, since fork could not find
+/// one in each store; far enough from each other that threads with stores of their own do not
+/// disturb each other.
+struct alignas(64) ContentLock {
     std::mutex mutex;
+};
+constinit std::array<ContentLock, 16> content_locks;
+
+} // namespace
+
+void visit_store_content_locks(LockVisitor visit) {
+    for (ContentLock& lock : content_locks) {
+        visit(lock.mutex);
+    }
+}
+
+struct ObjectStore::Content {
     CellList<SharedCertificate> certificates;
     CellList<SharedCrl> crls;
     std::map<KeyPlace, CertificateCell*> by_key_identifier;
@@ -70,14 +87,15 @@ ObjectStore::Content& ObjectStore::content() {
     return *present;
 }
 
-std::unique_lock<std::mutex> ObjectStore::lock(Content& content) const {
-    return additions_ == Additions::allowed ? std::unique_lock(content.mutex)
-                                            : std::unique_lock<std::mutex>();
+std::unique_lock<std::mutex> ObjectStore::lock() const {
+    return additions_ == Additions::allowed
+               ? std::unique_lock(content_locks[number() % content_locks.size()].mutex)
+               : std::unique_lock<std::mutex>();
 }
 
 CertificateCell* ObjectStore::add(Ref<SharedCertificate> object, Duplicate duplicate) {
     Content& all = content();
-    const auto held = lock(all);
+    const auto held = lock();
     CertificateCell* const existing = all.certificates.find(object.get());
     if (existing != nullptr && duplicate != Duplicate::added) {
         return duplicate == Duplicate::existing_used ? existing : nullptr;
@@ -96,7 +114,7 @@ CertificateCell* ObjectStore::add(Ref<SharedCertificate> object, Duplicate dupli
 
 CrlCell* ObjectStore::add(Ref<SharedCrl> object, Duplicate duplicate) {
     Content& all = content();
-    const auto held = lock(all);
+    const auto held = lock();
     CrlCell* const existing = all.crls.find(object.get());
     if (existing != nullptr && duplicate != Duplicate::added) {
         return duplicate == Duplicate::existing_used ? existing : nullptr;
@@ -109,7 +127,7 @@ CertificateCell* ObjectStore::certificate_from(std::uint32_t place) const {
     if (all == nullptr) {
         return nullptr;
     }
-    const auto held = lock(*all);
+    const auto held = lock();
     return all->certificates.at(place);
 }
 
@@ -118,7 +136,7 @@ CrlCell* ObjectStore::crl_from(std::uint32_t place) const {
     if (all == nullptr) {
         return nullptr;
     }
-    const auto held = lock(*all);
+    const auto held = lock();
     return all->crls.at(place);
 }
 
@@ -127,7 +145,7 @@ CertificateCell* ObjectStore::certificate_from(std::uint32_t place, ByteView key
     if (all == nullptr) {
         return nullptr;
     }
-    const auto held = lock(*all);
+    const auto held = lock();
     const auto found = all->by_key_identifier.lower_bound({key_identifier, place});
     const bool fits =
         found != all->by_key_identifier.end() && found->first.key_identifier == key_identifier;

@@ -73,7 +73,7 @@ class ObjectStore final : public Store {
     struct Content;
 
     [[nodiscard]] Content& content();
-    [[nodiscard]] std::unique_lock<std::mutex> lock(Content& content) const;
+    [[nodiscard]] std::unique_lock<std::mutex> lock() const;
 
     /// Null until the first addition, so that an empty store takes little.
     std::atomic<Content*> content_ = nullptr;

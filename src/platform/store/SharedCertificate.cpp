@@ -9,6 +9,10 @@
 
 namespace norvane {
 
+void visit_shared_certificate_locks(LockVisitor visit) {
+    SharedObjects<SharedCertificate>::instance().visit_locks(visit);
+}
+
 std::variant<Ref<SharedCertificate>, ObjectFault> SharedCertificate::make(EncodedBytes bytes,
                                                                           std::uint64_t hash) {
     auto object = Ref<SharedCertificate>::adopt(new SharedCertificate(std::move(bytes), hash));

@@ -3,6 +3,8 @@
 #include "asn1/Decode.h"
 
 #include <algorithm>
+#include <array>
+#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -25,7 +27,17 @@ ByteView significant_octets(ByteView integer) {
     return integer;
 }
 
+/// Those of the tables of found entries. They are few and shared by all CRLs, since fork could not
+/// find one in each CRL.
+constinit std::array<std::mutex, 16> entry_locks;
+
 } // namespace
+
+void visit_crl_entry_locks(LockVisitor visit) { std::ranges::for_each(entry_locks, visit); }
+
+void visit_shared_crl_locks(LockVisitor visit) {
+    SharedObjects<SharedCrl>::instance().visit_locks(visit);
+}
 
 std::variant<Ref<SharedCrl>, ObjectFault> SharedCrl::make(EncodedBytes bytes, std::uint64_t hash) {
     auto object = Ref<SharedCrl>::adopt(new SharedCrl(std::move(bytes), hash));
@@ -85,7 +97,7 @@ CRL_ENTRY* SharedCrl::find_entry(const CRYPT_INTEGER_BLOB& serial) {
 
 CRL_ENTRY* SharedCrl::entry_for(const ASN1T_RevokedCertificate& revoked) {
     const ByteView serial = revoked.userCertificate.content();
-    const std::lock_guard lock(entries_mutex_);
+    const std::lock_guard lock(entry_locks[hash() % entry_locks.size()]);
     if (const auto known = entries_.find(serial.data); known != entries_.end()) {
         return known->second.entry;
     }

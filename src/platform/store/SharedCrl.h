@@ -47,7 +47,6 @@ class SharedCrl : public SharedObject<SharedCrl> {
     CRL_INFO info_{};
     FieldBlock fields_;
     ASN1T_RevokedCertificates revoked_;
-    std::mutex entries_mutex_;
     std::map<const std::uint8_t*, Entry> entries_; ///< By where the serial number stands.
     ASN1CTXT ctxt_;
 };

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "asn1/ByteView.h"
+#include "platform/ForkLocks.h"
+#include "platform/NeverDestroyed.h"
 #include "platform/store/ByteHash.h"
 #include "platform/store/EncodedBytes.h"
 #include "platform/store/ObjectFault.h"
@@ -20,6 +22,9 @@ namespace norvane {
 
 template <class Object>
 class SharedObjects;
+/// Those that are alive in this process, for each kind.
+template <class Object>
+inline NeverDestroyed<SharedObjects<Object>> all_shared_objects;
 
 /// What all contexts over the same bytes have in common: the bytes and what is read from them. It
 /// does not change, so any thread may read it. `Object` is the class that derives.
@@ -57,11 +62,7 @@ class SharedObject {
 template <class Object>
 class SharedObjects {
   public:
-    [[nodiscard]] static SharedObjects& instance() {
-        // Never destroyed: contexts may be freed as late as by the destructors of static objects.
-        static auto* const objects = new SharedObjects;
-        return *objects;
-    }
+    [[nodiscard]] static SharedObjects& instance() { return all_shared_objects<Object>.object; }
 
     /// The object over these bytes, made by `Object::make` of a copy if there is none.
     [[nodiscard]] std::variant<Ref<Object>, ObjectFault> get(ByteView bytes) {
@@ -82,6 +83,12 @@ class SharedObjects {
                 shard.by_hash.erase(place);
                 return;
             }
+        }
+    }
+
+    void visit_locks(LockVisitor visit) {
+        for (Shard& shard : shards_) {
+            visit(shard.mutex);
         }
     }
 

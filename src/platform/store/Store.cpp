@@ -1,5 +1,8 @@
 #include "platform/store/Store.h"
 
+#include "platform/ForkLocks.h"
+#include "platform/NeverDestroyed.h"
+
 #include <array>
 #include <atomic>
 #include <mutex>
@@ -10,11 +13,7 @@ namespace norvane {
 /// All stores by number.
 class Store::Table {
   public:
-    [[nodiscard]] static Table& instance() {
-        // Never destroyed: stores may be closed as late as by the destructors of static objects.
-        static auto* const table = new Table;
-        return *table;
-    }
+    [[nodiscard]] static Table& instance();
 
     [[nodiscard]] std::uintptr_t new_number() noexcept {
         return next_number_.fetch_add(1, std::memory_order_relaxed);
@@ -41,6 +40,12 @@ class Store::Table {
         return Ref<Store>::adopt(alive ? found->second : nullptr);
     }
 
+    void visit_locks(LockVisitor visit) {
+        for (Shard& shard : shards_) {
+            visit(shard.mutex);
+        }
+    }
+
   private:
     struct Shard {
         std::mutex mutex;
@@ -54,6 +59,16 @@ class Store::Table {
     std::atomic<std::uintptr_t> next_number_{1};
     std::array<Shard, 16> shards_;
 };
+
+namespace {
+
+NeverDestroyed<Store::Table> all_stores;
+
+} // namespace
+
+Store::Table& Store::Table::instance() { return all_stores.object; }
+
+void visit_store_table_locks(LockVisitor visit) { Store::Table::instance().visit_locks(visit); }
 
 Store::Store() : number_(Table::instance().new_number()) {}
 

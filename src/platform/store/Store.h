@@ -24,6 +24,8 @@ enum class Additions : std::uint8_t { allowed, refused };
 /// holds a reference too.
 class Store {
   public:
+    class Table;
+
     Store(const Store&) = delete;
     Store& operator=(const Store&) = delete;
     virtual ~Store();
@@ -67,10 +69,9 @@ class Store {
 
   protected:
     Store();
+    [[nodiscard]] std::uintptr_t number() const noexcept { return number_; }
 
   private:
-    class Table;
-
     ReferenceCount references_{1};
     ReferenceCount openings_{0};
     std::uintptr_t number_;

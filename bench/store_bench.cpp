@@ -9,7 +9,6 @@
 
 #include <benchmark/benchmark.h>
 
-#include <cstdlib>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -19,12 +18,14 @@ namespace {
 
 constexpr int root_count = 150;
 
-/// A system store "Root" of as many certificates as a distribution's bundle has, one to a file.
+/// A system store of as many certificates as a distribution's bundle has, one to a file. It has a
+/// name of its own, since other benchmarks of the process have another "Root".
 class Roots {
   public:
     Roots() {
-        const std::string text = "[stores]\nRoot = " + (folder_.path() / "Root").string() + "\n";
-        setenv("NORVANE_CONFIG", folder_.write("norvane.conf", text).c_str(), 1);
+        if (!NorvaneSetConfiguration("stores", "Bundle", (folder_.path() / "Root").c_str())) {
+            throw std::runtime_error("the store is not configured");
+        }
     }
 
     void write_files() const {
@@ -52,9 +53,9 @@ HCERTSTORE open_root() {
         roots.write_files();
         return true;
     }();
-    HCERTSTORE store = CertOpenStore(CERT_STORE_PROV_SYSTEM_W, 0, 0, 0x1C000, NORVANE_W("Root"));
+    HCERTSTORE store = CertOpenStore(CERT_STORE_PROV_SYSTEM_W, 0, 0, 0x1C000, NORVANE_W("Bundle"));
     if (!written || store == nullptr) {
-        throw std::runtime_error("Root does not open");
+        throw std::runtime_error("the store does not open");
     }
     return store;
 }

@@ -4,6 +4,9 @@
 
 #include <norvane/wincrypt.h>
 
+#include <atomic>
+#include <memory>
+
 namespace norvane {
 namespace {
 
@@ -65,8 +68,17 @@ Quotas read_limits() {
 } // namespace
 
 const Quotas& configured_quotas() {
-    static const Quotas quotas = read_limits();
-    return quotas;
+    // Not a static of a function, which a child of fork would wait for if another thread made it.
+    // Threads that find nothing all read the same, and the first to be ready stays.
+    constinit static std::atomic<const Quotas*> configured = nullptr;
+    const Quotas* quotas = configured.load(std::memory_order_acquire);
+    if (quotas == nullptr) {
+        auto read = std::make_unique<const Quotas>(read_limits());
+        if (configured.compare_exchange_strong(quotas, read.get(), std::memory_order_acq_rel)) {
+            quotas = read.release();
+        }
+    }
+    return *quotas;
 }
 
 } // namespace norvane

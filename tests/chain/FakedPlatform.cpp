@@ -2,6 +2,7 @@
 
 #include "platform/StoreMaterial.h"
 
+#include <algorithm>
 #include <tuple>
 
 namespace norvane::testing {
@@ -39,6 +40,7 @@ BOOL faked_CryptRetrieveObjectByUrlA(LPCSTR url, LPCSTR kind, DWORD flags, DWORD
                                      PCRYPT_CREDENTIALS /*pCredentials*/, LPVOID /*pvVerify*/,
                                      PCRYPT_RETRIEVE_AUX_INFO /*pAuxInfo*/) noexcept {
     faked.retrievals.push_back({url, flags, timeout, kind});
+    faked.clock += std::min(faked.retrieval_takes[url], timeout);
     const auto found = faked.served.find(url);
     if ((flags & CRYPT_CACHE_ONLY_RETRIEVAL) != 0 || found == faked.served.end()) {
         SetLastError(ERROR_TIMEOUT);

@@ -38,7 +38,9 @@ struct FakedPlatform {
     bool refuses_crl_contexts = false;
     Objects signatures; // verified so far, each with its octets in reverse
 
-    std::int64_t clock = 0, question_takes = 0; // milliseconds; nothing else takes time
+    std::int64_t clock = 0, question_takes = 0; // milliseconds
+    std::map<std::string, DWORD>
+        retrieval_takes; // by URL, up to the time-out; nothing else takes time
 };
 extern FakedPlatform faked;
 

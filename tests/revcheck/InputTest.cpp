@@ -42,6 +42,8 @@ TEST(ExitCode, IsTheFirstInTheOrderThatTheHelpTells) {
         {{"--no-such-option", good}, 64, "--no-such-option"},
         {{"--json", "--quiet", good}, 64, "--quiet excludes --json"},
         {{"--timeout", "-1", good}, 64, "--timeout"},
+        {{"--timeout", "2147483647", good}, 64, "--timeout: Value 2147483647 not in range"},
+        {{"--timeout", "2147483646", good}, 0, ""},
         {{"--time", "2026-01-31T09:30:00+03:00", good}, 64, "is not a time in UTC"},
         {{"--time", "2026-02-30T09:30:00Z", good}, 64, "is not a time in UTC"},
     };

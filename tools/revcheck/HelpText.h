@@ -32,7 +32,9 @@ How to check:
   --time TIME       as of TIME, in UTC: 2026-01-31T09:30:00Z; otherwise as of now
   --cache-only      no network: stores and what earlier retrievals have left
   --timeout MS      milliseconds for one retrieval (5000); 0 for the configured limit
-  --accumulative    the time-out is for all retrievals of a certificate together
+  --accumulative    the time-out is for all retrievals of CRLs for a certificate together,
+                    also with --list; 0 then means none. Those of certificates of issuers
+                    neither count nor have less time
   --cache-dir DIR   where retrieved CRLs and certificates are kept
   --strict-pkup     private key usage periods must be kept
   --config FILE     a configuration file, in place of the one NORVANE_CONFIG names

@@ -8,6 +8,9 @@
 namespace norvane {
 namespace {
 
+/// From 0x7FFFFFFF ms on, which is 24 days, the check does not take a time-out.
+constexpr DWORD max_timeout_ms = 0x7FFF'FFFE;
+
 void add_paths(CLI::App& app, const char* name, std::vector<std::string>& paths) {
     app.add_option(name, paths)->allow_extra_args(false)->check([](const std::string& path) {
         return path.empty() ? "an empty path" : "";
@@ -47,7 +50,8 @@ Options parse_options(int argc, const char* const* argv) {
     add_paths(app, "--crls", options.crls);
     app.add_option("--issuer", options.issuer);
     app.add_option("--time", time);
-    CLI::Option* const timeout = app.add_option("--timeout", timeout_ms);
+    CLI::Option* const timeout =
+        app.add_option("--timeout", timeout_ms)->check(CLI::Range(0U, max_timeout_ms));
     app.add_flag("--accumulative", options.accumulative);
     app.add_flag("--cache-only", options.cache_only);
     app.add_option("--cache-dir", options.cache_folder);

@@ -1,4 +1,5 @@
 #include "platform/retrieval/Fetch.h"
+#include "platform/retrieval/ShutdownAtDeadline.h"
 #include "platform/retrieval/connect_to_host.h"
 
 #include <algorithm>
@@ -11,6 +12,7 @@
 #include <string_view>
 #include <sys/socket.h>
 #include <sys/time.h>
+#include <system_error>
 #include <vector>
 
 #include <ldap.h>
@@ -206,18 +208,17 @@ class LdapSearch {
         return url_->lud_scheme == name_of(UrlScheme::ldaps) ? start_tls() : LDAP_SUCCESS;
     }
 
+    /// libldap keeps to no time here: it spins on a socket that does not block.
     [[nodiscard]] int start_tls() {
         set(LDAP_OPT_X_TLS_REQUIRE_CERT, LDAP_OPT_X_TLS_DEMAND);
         set(LDAP_OPT_X_TLS_NEWCTX, 0);
-        const timeval limit = to_timeval(request_.deadline.remaining());
-        ldap_set_option(session_.get(), LDAP_OPT_NETWORK_TIMEOUT, &limit);
-        const int code = ldap_install_tls(session_.get());
-        // libldap has made the socket one that blocks.
         const int flags = fcntl(socket_, F_GETFL);
-        if (flags < 0 || fcntl(socket_, F_SETFL, flags | O_NONBLOCK) != 0) {
+        if (flags < 0 || fcntl(socket_, F_SETFL, flags & ~O_NONBLOCK) != 0) {
             return LDAP_LOCAL_ERROR;
         }
-        return code;
+        const ShutdownAtDeadline limit(socket_, request_.deadline);
+        const int code = ldap_install_tls(session_.get());
+        return fcntl(socket_, F_SETFL, flags) == 0 ? code : LDAP_LOCAL_ERROR;
     }
 
     void set(int option, int value) { ldap_set_option(session_.get(), option, &value); }
@@ -331,7 +332,11 @@ class LdapSearch {
 
 FetchOutcome fetch_ldap(const FetchRequest& request) {
     start_libldap();
-    return LdapSearch(request).run();
+    try {
+        return LdapSearch(request).run();
+    } catch (const std::system_error&) {
+        return FetchFailure{ERROR_NO_SYSTEM_RESOURCES};
+    }
 }
 
 } // namespace norvane

@@ -57,7 +57,7 @@ ResponsePtr CachedResponses::find(ObjectKind kind, std::string_view url) {
         const DWORD error = path.empty() ? ERROR_SUCCESS : own_failure_of(errno);
         forget(key);
         if (error != ERROR_SUCCESS) {
-            throw OwnFailure(error);
+            throw OwnFailure{error};
         }
         return nullptr;
     }

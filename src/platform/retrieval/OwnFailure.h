@@ -2,21 +2,12 @@
 
 #include <norvane/wincrypt.h>
 
-#include <exception>
-
 namespace norvane {
 
 /// Thrown where this process fails, and not what it looks at: such a failure says nothing about a
 /// server, a response or a file, and must never pass for one that does.
-class OwnFailure : public std::exception {
-  public:
-    explicit OwnFailure(DWORD error) noexcept : error_(error) {}
-
-    [[nodiscard]] DWORD error() const noexcept { return error_; } ///< the last error for it
-    [[nodiscard]] const char* what() const noexcept override { return "the process failed"; }
-
-  private:
-    DWORD error_;
+struct OwnFailure {
+    DWORD error; ///< the last error for it
 };
 
 /// Whether a last error is one of those that stand for failures of this process.

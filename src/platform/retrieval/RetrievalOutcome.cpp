@@ -11,7 +11,7 @@ RetrievalOutcome outcome_of(const std::function<RetrievalOutcome()>& retrieve) n
     try {
         return retrieve();
     } catch (const OwnFailure& failure) {
-        return {failure.error(), nullptr};
+        return {failure.error, nullptr};
     } catch (const std::bad_alloc&) {
         return {ERROR_NOT_ENOUGH_MEMORY, nullptr};
     } catch (const std::system_error&) {

@@ -23,7 +23,7 @@ void require_absence() {
     const int error = errno;
     if (file.number() >= 0 || (error != ENOENT && error != ENOTDIR)) {
         const DWORD own = file.number() >= 0 ? ERROR_SUCCESS : own_failure_of(error);
-        throw OwnFailure(own == ERROR_SUCCESS ? ERROR_INTERNAL_ERROR : own);
+        throw OwnFailure{own == ERROR_SUCCESS ? ERROR_INTERNAL_ERROR : own};
     }
 }
 

@@ -211,6 +211,15 @@ class LdapSearch {
     /// libldap keeps to no time here: it spins on a socket that does not block.
     [[nodiscard]] int start_tls() {
         set(LDAP_OPT_X_TLS_REQUIRE_CERT, LDAP_OPT_X_TLS_DEMAND);
+        for (const int option : {LDAP_OPT_X_TLS_CACERTFILE, LDAP_OPT_X_TLS_CACERTDIR}) {
+            // A session does not inherit what ldap.conf and the environment say.
+            char* path = nullptr;
+            ldap_get_option(nullptr, option, &path);
+            const Name owned(path);
+            if (path != nullptr) {
+                ldap_set_option(session_.get(), option, path);
+            }
+        }
         set(LDAP_OPT_X_TLS_NEWCTX, 0);
         const int flags = fcntl(socket_, F_GETFL);
         if (flags < 0 || fcntl(socket_, F_SETFL, flags & ~O_NONBLOCK) != 0) {

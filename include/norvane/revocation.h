@@ -42,15 +42,24 @@ extern "C" {
 ///     `CERT_VERIFY_REV_ACCUMULATIVE_TIMEOUT_FLAG` matter.
 /// @param pRevPara null is one in which no field is there. Of it `pIssuerCert` (its store too),
 ///     `rgCertStore` (no null in it), `hCrlStore` (null: the "CA" store), `pftTimeToUse` (null: the
-///     present), `dwUrlRetrievalTimeout` (milliseconds, 5000 if it is not there, 0 for the
-///     platform's default) and `pCrlInfo` are used; the wishes for freshness are not.
-///     `pCrlInfo` is used if its `cbSize` exceeds 32. On input its `pDeltaCrlContext` is null or a
-///     context, which is released; the rest is not read. On return it describes the last
-///     certificate that was looked at, and its contexts are the caller's to release; after a
-///     failure other than `CRYPT_E_REVOKED` they are null.
-/// @param pRevStatus `cbSize` exceeds 12. `dwIndex`, `dwError` and `dwReason` are always written;
-///     `fHasFreshnessTime` and `dwFreshnessTime`, where they are there, tell the age in seconds of
-///     the oldest information about the last certificate that was looked at.
+///     present), `dwUrlRetrievalTimeout` (milliseconds, 5000 if it is not there) and `pCrlInfo`
+///     are used; the wishes for freshness are not.
+///     The time-out is for each URL, and 0 is the platform's default. With the flag for
+///     accumulative time-outs it is for all CRLs of one certificate together, and 0 lets none be
+///     retrieved, not even from the cache. Issuers by authority information access have the whole
+///     time-out for each URL either way, and do not count. With 0x7FFFFFFF and more a certificate
+///     that names URLs cannot be checked. `pCrlInfo` is used if its `cbSize` exceeds 32. On input
+///     its `pDeltaCrlContext` is null or a context, which is released; the rest is not read. On
+///     return it describes the last certificate that was looked at, and its contexts are the
+///     caller's to release; after a failure other than `CRYPT_E_REVOKED` they are null. Refused
+///     arguments (`E_INVALIDARG`, or an encoding or a type that is not for this module) leave all
+///     of it as it came, the delta context unreleased.
+/// @param pRevStatus `cbSize` exceeds 12. `dwError` is always written; refused arguments leave the
+///     rest as it came. Otherwise `dwIndex` is that of the last certificate that was looked at, and
+///     `dwReason` is 0 unless that one is revoked. `fHasFreshnessTime` and `dwFreshnessTime`, where
+///     they are there, tell the age in seconds of the oldest information about the last certificate
+///     whose run came to an end. One that ends with an exception, such as for lack of memory,
+///     leaves them as the certificate before it did, or 0.
 /// @return TRUE if no certificate is revoked. FALSE otherwise, with the last error, which stands in
 ///     `dwError` too: `CRYPT_E_REVOKED` with a CRLReason (RFC 5280 5.3.1) in `dwReason`,
 ///     `CRYPT_E_NO_REVOCATION_CHECK`, or `E_INVALIDARG` without contexts. `E_INVALIDARG` for
@@ -117,8 +126,7 @@ NORVANE_MODULE_API BOOL WINAPI CertDllVerifyRevocation(
 /// @param ppbKeyText receives the text of the key, in ASCII, with a terminating zero. The caller
 ///     releases it. Null on failure.
 /// @param pcbKeyText receives the length of that text in bytes without the terminating zero. On
-///     failure it is either untouched or the room that was made for the text, three bytes for each
-///     of the key and 70.
+///     failure it is untouched, or 70 and three for each byte that the blob says its key has.
 /// @param ppbParametersText receives the text of the parameters, in ASCII, WITHOUT a terminating
 ///     zero. The caller releases it, ON FAILURE TOO: a failure that comes after this text was made
 ///     leaves it here, and any earlier one leaves null.

@@ -33,8 +33,8 @@ How to check:
   --cache-only      no network: stores and what earlier retrievals have left
   --timeout MS      milliseconds for one retrieval (5000); 0 for the configured limit
   --accumulative    the time-out is for all retrievals of CRLs for a certificate together,
-                    also with --list; 0 then means none. Those of certificates of issuers
-                    neither count nor have less time
+                    with --list for those of the whole list; 0 then means none at all.
+                    Each retrieval of an issuer's certificate may take all that time
   --cache-dir DIR   where retrieved CRLs and certificates are kept
   --strict-pkup     private key usage periods must be kept
   --config FILE     a configuration file, in place of the one NORVANE_CONFIG names

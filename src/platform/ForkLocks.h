@@ -1,8 +1,13 @@
 #pragma once
 
+#include <cstddef>
 #include <mutex>
 
 namespace norvane {
+
+/// How many locks a table has whose users should seldom wait for each other. All locks of the
+/// process together are fewer than 64: the thread sanitizer does not let a thread hold more.
+inline constexpr std::size_t locks_of_a_table = 8;
 
 /// What fork does to each lock: takes it before the process is copied, and gives it back after
 /// that, on either side. A std::shared_mutex cannot serve: one side would not be its owner.

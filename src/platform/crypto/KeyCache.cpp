@@ -30,7 +30,6 @@ bool KeyCache::Entry::is_made_from(const KeySource& source, std::size_t source_h
 }
 
 std::shared_ptr<const PublicKey> KeyCache::Set::find(const KeySource& source, std::size_t hash) {
-    const std::lock_guard lock(mutex);
     for (Entry& entry : entries) {
         if (entry.is_made_from(source, hash)) {
             entry.last_use = ++uses;
@@ -41,7 +40,6 @@ std::shared_ptr<const PublicKey> KeyCache::Set::find(const KeySource& source, st
 }
 
 void KeyCache::Set::insert(Entry entry) {
-    const std::lock_guard lock(mutex);
     entry.last_use = ++uses;
     // Another thread may have put in the same key meanwhile; then there are two for a while.
     *std::ranges::min_element(entries, {}, &Entry::last_use) = std::move(entry);
@@ -50,8 +48,11 @@ void KeyCache::Set::insert(Entry entry) {
 std::shared_ptr<const PublicKey> KeyCache::get(const KeySource& source) {
     const std::size_t hash = hash_of(source);
     Set& set = sets_[hash % sets_.size()];
-    if (auto known = set.find(source, hash)) {
-        return known;
+    {
+        const std::lock_guard lock(mutex_of(hash));
+        if (auto known = set.find(source, hash)) {
+            return known;
+        }
     }
     auto made = source.provider->import_key(source.algorithm, source.parameters, source.key);
     if (made != nullptr) {
@@ -59,6 +60,7 @@ std::shared_ptr<const PublicKey> KeyCache::get(const KeySource& source) {
         bytes.reserve(source.parameters.size() + source.key.size());
         bytes.insert(bytes.end(), source.parameters.begin(), source.parameters.end());
         bytes.insert(bytes.end(), source.key.begin(), source.key.end());
+        const std::lock_guard lock(mutex_of(hash));
         set.insert({.provider = source.provider,
                     .algorithm = source.algorithm,
                     .hash = hash,
@@ -69,11 +71,7 @@ std::shared_ptr<const PublicKey> KeyCache::get(const KeySource& source) {
     return made;
 }
 
-void KeyCache::visit_locks(LockVisitor visit) {
-    for (Set& set : sets_) {
-        visit(set.mutex);
-    }
-}
+void KeyCache::visit_locks(LockVisitor visit) { std::ranges::for_each(mutexes_, visit); }
 
 namespace {
 

@@ -50,7 +50,6 @@ class KeyCache {
     };
 
     struct Set {
-        std::mutex mutex;
         std::uint64_t uses = 0;
         std::array<Entry, ways> entries;
 
@@ -59,7 +58,13 @@ class KeyCache {
         void insert(Entry entry);
     };
 
+    [[nodiscard]] std::mutex& mutex_of(std::size_t hash) {
+        return mutexes_[hash % mutexes_.size()];
+    }
+
+    std::array<std::mutex, locks_of_a_table> mutexes_; ///< Each guards a part of the sets.
     std::array<Set, max_keys / ways> sets_;
+    static_assert(max_keys / ways % locks_of_a_table == 0, "a set has one lock");
 };
 
 /// The cache of this process. It is never destroyed, so it can be used until the very end.

@@ -53,7 +53,7 @@ std::size_t digest_index(ALG_ID algorithm) noexcept {
 /// One of them is held while libcrypto looks for algorithms. It does that under locks of its
 /// library context, which fork would leave to a child as they are; so fork takes all of these.
 /// There are several, so that threads seldom wait for each other.
-constinit std::array<std::mutex, 16> lookup_locks;
+constinit std::array<std::mutex, 4> lookup_locks;
 
 std::unique_lock<std::mutex> lock_for_lookup() {
     const std::size_t thread = std::hash<std::thread::id>()(std::this_thread::get_id());

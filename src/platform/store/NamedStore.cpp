@@ -95,8 +95,8 @@ std::int64_t steady_now_ns() {
 using NamedStores = ByName<NamedStore>;
 constinit LazyObject<NamedStores> named_stores;
 
-/// So many stores have locks of their own, in the order of their names.
-constinit std::array<NamedStore::Locks, 8> store_locks;
+/// "Root" and "CA" have locks of their own; other stores share them.
+constinit std::array<NamedStore::Locks, 2> store_locks;
 
 std::unique_ptr<NamedStores> make_stores() {
     auto made = std::make_unique<NamedStores>();

@@ -58,7 +58,7 @@ namespace {
 struct alignas(64) ContentLock {
     std::mutex mutex;
 };
-constinit std::array<ContentLock, 16> content_locks;
+constinit std::array<ContentLock, locks_of_a_table> content_locks;
 
 } // namespace
 

@@ -29,7 +29,7 @@ ByteView significant_octets(ByteView integer) {
 
 /// Those of the tables of found entries. They are few and shared by all CRLs, since fork could not
 /// find one in each CRL.
-constinit std::array<std::mutex, 16> entry_locks;
+constinit std::array<std::mutex, 4> entry_locks;
 
 } // namespace
 

@@ -99,7 +99,7 @@ class SharedObjects {
     };
 
     [[nodiscard]] Shard& shard_of(std::uint64_t hash) {
-        return shards_[hash >> 32 & (shard_count - 1)];
+        return shards_[(hash >> 32) % shards_.size()];
     }
 
     template <class GiveBytes>
@@ -146,8 +146,7 @@ class SharedObjects {
         return object;
     }
 
-    static constexpr std::size_t shard_count = 16;
-    std::array<Shard, shard_count> shards_;
+    std::array<Shard, locks_of_a_table> shards_;
 };
 
 } // namespace norvane

@@ -57,7 +57,7 @@ class Store::Table {
     }
 
     std::atomic<std::uintptr_t> next_number_{1};
-    std::array<Shard, 16> shards_;
+    std::array<Shard, locks_of_a_table> shards_;
 };
 
 namespace {

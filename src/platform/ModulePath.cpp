@@ -1,6 +1,7 @@
 #include "platform/ModulePath.h"
 
 #include "platform/LazyObject.h"
+#include "platform/SystemFailure.h"
 
 #include <dlfcn.h>
 #include <system_error>
@@ -18,7 +19,12 @@ std::filesystem::path library_folder() {
         return {};
     }
     std::error_code error;
-    return std::filesystem::canonical(info.dli_fname, error).parent_path();
+    const std::filesystem::path library = std::filesystem::canonical(info.dli_fname, error);
+    if (error && error != std::errc::no_such_file_or_directory) {
+        // Not a place that is unknown for good, which whoever has one remembers.
+        throw_system_failure(error.value(), error.message());
+    }
+    return library.parent_path();
 }
 
 constinit LazyObject<const std::filesystem::path> folder_of_this_library;

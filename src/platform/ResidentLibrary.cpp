@@ -2,9 +2,17 @@
 
 #include "platform/ModulePath.h"
 
+#include <cerrno>
 #include <dlfcn.h>
+#include <sys/stat.h>
 
 namespace norvane {
+
+bool is_library_present(const std::filesystem::path& library) noexcept {
+    struct stat status {};
+    return !library.empty() &&
+           (stat(library.c_str(), &status) == 0 || (errno != ENOENT && errno != ENOTDIR));
+}
 
 void* resident_function(const char* library, const char* function) {
     void* const loaded =

@@ -3,13 +3,14 @@
 #include "platform/HResult.h"
 #include "platform/ModulePath.h"
 #include "platform/NeverDestroyed.h"
+#include "platform/ResidentLibrary.h"
 #include "platform/config/Configuration.h"
+#include "platform/store/guarded.h"
 
 #include <array>
 #include <cstdio>
 #include <dlfcn.h>
 #include <mutex>
-#include <new>
 #include <string>
 
 namespace {
@@ -39,9 +40,12 @@ class LoadedComponents {
             return hresult(REGDB_E_CLASSNOTREG);
         }
         const std::string path = norvane::module_path(row->second).string();
-        void* const library = path.empty() ? nullptr : dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-        if (library == nullptr) {
+        if (!norvane::is_library_present(path)) {
             return hresult(CO_E_DLLNOTFOUND);
+        }
+        void* const library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+        if (library == nullptr) {
+            return hresult(E_UNEXPECTED);
         }
         found = reinterpret_cast<GetClassObject>(dlsym(library, "DllGetClassObject"));
         if (found == nullptr) {
@@ -108,7 +112,7 @@ HRESULT CoCreateInstance(REFCLSID rclsid, IUnknown* pUnkOuter, DWORD dwClsContex
     }
     try {
         return create(rclsid, pUnkOuter, riid, ppv);
-    } catch (const std::bad_alloc&) {
-        return hresult(E_OUTOFMEMORY);
+    } catch (...) {
+        return hresult(norvane::code_of_thrown({.no_memory = E_OUTOFMEMORY}));
     }
 }

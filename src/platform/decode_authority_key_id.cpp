@@ -4,10 +4,10 @@
 #include "asn1/ExtensionValues.h"
 #include "platform/store/ObjectFault.h"
 #include "platform/store/ObjectIdentifierText.h"
+#include "platform/store/guarded.h"
 
 #include <algorithm>
 #include <limits>
-#include <new>
 #include <string>
 #include <string_view>
 
@@ -179,8 +179,8 @@ DWORD decode_into(std::span<const BYTE> encoded, const StructureBuffer& out) {
 DWORD decode_authority_key_id(std::span<const BYTE> encoded, const StructureBuffer& out) noexcept {
     try {
         return decode_into(encoded, out);
-    } catch (const std::bad_alloc&) {
-        return ERROR_NOT_ENOUGH_MEMORY;
+    } catch (...) {
+        return code_of_thrown();
     }
 }
 

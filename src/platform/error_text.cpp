@@ -60,7 +60,7 @@ constexpr Description descriptions[] = {
     {CLASS_E_CLASSNOTAVAILABLE, "The component does not have the class."},
     {REGDB_E_CLASSNOTREG, "The class is not registered."},
     {CO_E_NOTINITIALIZED, "COM was not initialised in this thread."},
-    {CO_E_DLLNOTFOUND, "The library of the component cannot be loaded."},
+    {CO_E_DLLNOTFOUND, "There is no library of the component."},
     {CO_E_ERRORINDLL, "The library of the component lacks the function that gives its classes."},
 
     {NTE_BAD_UID, "The provider handle is not valid."},

@@ -2,6 +2,7 @@
 #include "platform/NeverDestroyed.h"
 #include "platform/WideText.h"
 #include "platform/config/Configuration.h"
+#include "platform/store/guarded.h"
 
 #include <norvane/wincrypt.h>
 
@@ -9,7 +10,6 @@
 #include <cstring>
 #include <map>
 #include <mutex>
-#include <new>
 #include <optional>
 #include <string>
 
@@ -172,8 +172,8 @@ LSTATUS RegOpenKeyExW(HKEY hKey, LPCWSTR lpSubKey, DWORD ulOptions, REGSAM samDe
     }
     try {
         return open_key(hKey, lpSubKey, samDesired, *phkResult);
-    } catch (const std::bad_alloc&) {
-        return status(ERROR_OUTOFMEMORY);
+    } catch (...) {
+        return status(norvane::code_of_thrown({.no_memory = ERROR_OUTOFMEMORY}));
     }
 }
 
@@ -185,8 +185,8 @@ LSTATUS RegQueryValueExW(HKEY hKey, LPCWSTR lpValueName, LPDWORD lpReserved, LPD
     }
     try {
         return query_value(hKey, lpValueName, lpType, lpData, lpcbData);
-    } catch (const std::bad_alloc&) {
-        return status(ERROR_OUTOFMEMORY);
+    } catch (...) {
+        return status(norvane::code_of_thrown({.no_memory = ERROR_OUTOFMEMORY}));
     }
 }
 

@@ -26,13 +26,15 @@ TEST(ComActivation, TellsWhyThereIsNoObject) {
         "[com]\n"
         "{00000001-0000-0000-0000-000000000000} = /dev/null\n"
         "{00000002-0000-0000-0000-000000000000} = " PLATFORM_LIBRARY "\n"
+        "{00000003-0000-0000-0000-000000000000} = nowhere.so\n"
         "{abcdef01-2345-6789-0102-0304050607ab} = norvane_pkup.so\n",
         [&] {
             CoUninitialize(); // Not in it: nothing happens.
             EXPECT_EQ(create(CLSID_PrivateKeyUsageChecker), CO_E_NOTINITIALIZED);
             ASSERT_EQ(code(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED)), S_OK);
             EXPECT_EQ(create({4, 0, 0, {}}), REGDB_E_CLASSNOTREG);
-            EXPECT_EQ(create({1, 0, 0, {}}), CO_E_DLLNOTFOUND);
+            EXPECT_EQ(create({1, 0, 0, {}}), E_UNEXPECTED);
+            EXPECT_EQ(create({3, 0, 0, {}}), CO_E_DLLNOTFOUND);
             EXPECT_EQ(create({2, 0, 0, {}}), CO_E_ERRORINDLL);
             EXPECT_EQ(create(of_another), CLASS_E_CLASSNOTAVAILABLE);
             EXPECT_EQ(create(CLSID_PrivateKeyUsageChecker, IID_IClassFactory), E_NOINTERFACE);

@@ -76,7 +76,11 @@ bool has_sound_configuration(const FaultSink& faults) {
         return TRUE;
     };
     if (NorvaneEnumConfigurationProblems(tell, &context) == FALSE) {
-        throw std::bad_alloc();
+        if (GetLastError() == ERROR_NOT_ENOUGH_MEMORY) {
+            throw std::bad_alloc();
+        }
+        faults("the configuration", "its files cannot be read now");
+        return false;
     }
     return context.sound;
 }

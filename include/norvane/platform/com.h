@@ -129,8 +129,8 @@ void CoUninitialize(void) NORVANE_PLATFORM_API(CoUninitialize);
 /// @return `S_OK`, or the component's own failure such as `E_NOINTERFACE`, or `E_POINTER`,
 ///     `CO_E_NOTINITIALIZED` (the thread has not entered COM), `REGDB_E_CLASSNOTREG` (the
 ///     configuration does not know the class, or it may not run in the process),
-///     `CO_E_DLLNOTFOUND` (the library cannot be loaded), `CO_E_ERRORINDLL` (it lacks the export)
-///     or `E_OUTOFMEMORY`.
+///     `CO_E_DLLNOTFOUND` (there is no such library), `E_UNEXPECTED` (it cannot be loaded),
+///     `CO_E_ERRORINDLL` (it lacks the export) or `E_OUTOFMEMORY`.
 HRESULT CoCreateInstance(REFCLSID rclsid, IUnknown* pUnkOuter, DWORD dwClsContext, REFIID riid,
                          LPVOID* ppv) NORVANE_PLATFORM_API(CoCreateInstance);
 

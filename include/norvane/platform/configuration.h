@@ -42,7 +42,9 @@ typedef BOOL (*NORVANE_CONFIGURATION_PROBLEM_CALLBACK)(LPCSTR pszFile, DWORD dwL
 /// lines.
 ///
 /// @param pfnCallback called once for each, without a lock being held. It must not throw.
-/// @return FALSE with the last error `E_INVALIDARG` (no function) or `ERROR_NOT_ENOUGH_MEMORY`.
+/// @return FALSE with the last error `E_INVALIDARG` (no function), `ERROR_NOT_ENOUGH_MEMORY`,
+///     `ERROR_TOO_MANY_OPEN_FILES` or `ERROR_READ_FAULT` (a file could not be read now; the next
+///     function that wants the configuration tries again).
 BOOL NorvaneEnumConfigurationProblems(NORVANE_CONFIGURATION_PROBLEM_CALLBACK pfnCallback,
                                       void* pvArg)
     NORVANE_PLATFORM_API(NorvaneEnumConfigurationProblems);

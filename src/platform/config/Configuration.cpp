@@ -2,11 +2,13 @@
 
 #include "platform/ForkLocks.h"
 #include "platform/NeverDestroyed.h"
+#include "platform/SystemFailure.h"
 #include "platform/config/ConfigurationKeys.h"
 #include "platform/config/ConfigurationText.h"
 #include "platform/config/FileText.h"
 
 #include <atomic>
+#include <cerrno>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -17,6 +19,13 @@ namespace {
 constexpr const char* machine_file = "/etc/norvane/norvane.conf";
 constexpr const char* file_name = "norvane.conf";
 constexpr const char* file_variable = "NORVANE_CONFIG";
+
+/// Whether the file may be readable at the next attempt. Then the process is not to go on with
+/// another configuration than it has.
+bool is_passing(const FileFault& fault) {
+    return fault.error == ENOMEM || fault.error == EMFILE || fault.error == ENFILE ||
+           fault.error == EIO;
+}
 
 void follow_file(const ConfigurationFile& file, const UserFolders& folders,
                  Configuration& configuration) {
@@ -29,6 +38,9 @@ void follow_file(const ConfigurationFile& file, const UserFolders& folders,
         configuration.problems.push_back({.file = file.path, .line = 0, .text = std::move(text)});
     };
     if (const auto* fault = std::get_if<FileFault>(&content)) {
+        if (is_passing(*fault)) {
+            throw_system_failure(fault->error, file.path.string() + ": " + fault->text);
+        }
         add_problem(fault->text);
     } else if (file.presence == FilePresence::required) {
         add_problem("there is no such file");

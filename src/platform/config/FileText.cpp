@@ -14,7 +14,7 @@ namespace norvane {
 namespace {
 
 FileFault fault_of(int error) {
-    return {"the file cannot be read: " + std::generic_category().message(error)};
+    return {"the file cannot be read: " + std::generic_category().message(error), error};
 }
 
 /// A block that grows, when a file has become longer than the system said.
@@ -68,7 +68,7 @@ std::variant<FileBytes, FileFault> read_to_end(int descriptor, std::size_t expec
         }
         block.add(static_cast<std::size_t>(count < 0 ? 0 : count));
     }
-    return FileFault{"the file is larger than " + std::to_string(max_size) + " bytes"};
+    return FileFault{"the file is larger than " + std::to_string(max_size) + " bytes", 0};
 }
 
 std::variant<FileBytes, FileAbsent, FileFault>
@@ -86,7 +86,7 @@ read_file_bytes(const std::filesystem::path& path, std::size_t max_size, Prepare
         return fault_of(errno);
     }
     if (!S_ISREG(status.st_mode)) {
-        return FileFault{"this is not a regular file"};
+        return FileFault{"this is not a regular file", 0};
     }
     auto outcome =
         read_to_end(file.number(), static_cast<std::size_t>(status.st_size), max_size, prepare);

@@ -14,9 +14,10 @@ inline constexpr std::size_t max_configuration_file_size = 1'048'576;
 
 struct FileAbsent {};
 
-/// Why a file could not be read, in words.
+/// Why a file could not be read.
 struct FileFault {
-    std::string text;
+    std::string text; ///< In words.
+    int error = 0;    ///< The system's errno; 0 if the file is not one that is read.
 };
 
 /// The octets of a file in a block of their own.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/SystemFailure.h"
 #include "platform/failure.h"
 
 #include <new>
@@ -15,18 +16,28 @@ struct ThrownCodes {
 /// Those of functions of providers.
 inline constexpr ThrownCodes provider_codes{.no_memory = NTE_NO_MEMORY, .other = NTE_FAIL};
 
+/// The code of the exception that is being caught: its own if it is a SystemFailure.
+[[nodiscard]] inline DWORD code_of_thrown(ThrownCodes codes = {}) noexcept {
+    try {
+        throw;
+    } catch (const std::bad_alloc&) {
+        return codes.no_memory;
+    } catch (const SystemFailure& failure) {
+        return failure.last_error();
+    } catch (...) {
+        return codes.other;
+    }
+}
+
 /// Runs the body of a platform function, which no exception may leave. `work` gives the result of
 /// the function, or ends with `fail`. Throwing means that there is no memory, or for anything but
 /// that, a fault of the machine or of a library, such as a lock that cannot be taken.
 template <class Work>
 [[nodiscard]] std::invoke_result_t<Work> guarded(ThrownCodes codes, Work work) noexcept {
-    using Result = std::invoke_result_t<Work>;
     try {
         return work();
-    } catch (const std::bad_alloc&) {
-        return fail<Result>(codes.no_memory);
     } catch (...) {
-        return fail<Result>(codes.other);
+        return fail<std::invoke_result_t<Work>>(code_of_thrown(codes));
     }
 }
 template <class Work>

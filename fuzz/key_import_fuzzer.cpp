@@ -1,5 +1,6 @@
-// Imports a public key and verifies a signature with it under each hash of its provider. The input
-// is: the algorithm (1 byte), the lengths of the parameters and of the key (2 bytes each, the most
+// Imports a public key and verifies a signature with it under each hash of its provider: whatever
+// the bits are, the answer is about them and never that something has failed. The input is: the
+// algorithm (1 byte), the lengths of the parameters and of the key (2 bytes each, the most
 // significant first), the parameters, the key, and the rest is the signature.
 
 #include <norvane/wincrypt.h>
@@ -99,14 +100,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     // What is imported once is imported again, from what is remembered.
     HCRYPTKEY keys[2] = {};
     for (HCRYPTKEY& key : keys) {
-        const BOOL imported =
-            CryptImportPublicKeyInfoEx(opened, X509_ASN_ENCODING, &info, 0, 0, nullptr, &key);
-        require(imported != FALSE ? key != 0 : GetLastError() == NTE_BAD_PUBLIC_KEY);
+        require(CryptImportPublicKeyInfoEx(opened, X509_ASN_ENCODING, &info, 0, 0, nullptr, &key) !=
+                FALSE);
     }
-    require((keys[0] != 0) == (keys[1] != 0));
-    if (keys[0] != 0) {
-        verify_with_each_hash(opened, keys[1], signature);
-        require(CryptDestroyKey(keys[0]) != FALSE && CryptDestroyKey(keys[1]) != FALSE);
+    for (const HCRYPTKEY key : keys) {
+        verify_with_each_hash(opened, key, signature);
+        require(CryptDestroyKey(key) != FALSE);
     }
     require(CryptReleaseContext(opened, 0) != FALSE);
     return 0;

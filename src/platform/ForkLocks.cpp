@@ -16,8 +16,7 @@ constexpr void (*visit_in_order[])(LockVisitor) = {
     visit_module_list_locks, visit_named_store_locks, visit_configuration_locks,
     visit_component_locks,   visit_collection_locks,  visit_store_content_locks,
     visit_store_table_locks, visit_crl_entry_locks,   visit_shared_certificate_locks,
-    visit_shared_crl_locks,  visit_key_cache_locks,   visit_libcrypto_locks,
-    visit_open_key_locks,
+    visit_shared_crl_locks,  visit_key_cache_locks,   visit_open_key_locks,
 };
 
 void take_all() {

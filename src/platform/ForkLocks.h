@@ -27,7 +27,6 @@ void visit_crl_entry_locks(LockVisitor visit);
 void visit_shared_certificate_locks(LockVisitor visit);
 void visit_shared_crl_locks(LockVisitor visit);
 void visit_key_cache_locks(LockVisitor visit);
-void visit_libcrypto_locks(LockVisitor visit);
 void visit_open_key_locks(LockVisitor visit);
 
 } // namespace norvane

@@ -58,19 +58,13 @@ TEST(VerifySignature, AnswersNoWithoutAnExceptionWhereAlgorithmsDoNotBelongToget
                                          {sha256, rsa},
                                          {sha256_with_rsa, "1.2.3"},
                                          {sha256_with_rsa, ec},
+                                         {sha256_with_rsa, rsa}, // bits that are no key
                                          {long_oid(255), rsa}}) {
         EXPECT_FALSE(verify(signature, key)) << signature << " with " << key;
     }
 }
 
-TEST(VerifySignature, FailsWithTheErrorOfThePlatformAndOfTheText) {
-    try {
-        static_cast<void>(verify(sha256_with_rsa, rsa));
-        ADD_FAILURE() << "no exception";
-    } catch (const CryptException& error) {
-        EXPECT_EQ(error.file(), "EncodeAnd");
-        EXPECT_EQ(error.code(), NTE_BAD_PUBLIC_KEY);
-    }
+TEST(VerifySignature, FailsWithTheErrorOfTheText) {
     EXPECT_EQ(error_of([] { return verify(sha256_with_rsa, rsa, {}); }).type, "Asn1Exception");
     const Error invalid{"Asn1DecodeException", "Invalid ASN1T_AlgorithmIdentifier", "ASN1Util"};
     EXPECT_EQ(error_of([] { return verify(long_oid(256), rsa); }), invalid);

@@ -157,16 +157,21 @@ BOOL CryptDestroyHash(HCRYPTHASH hHash) NORVANE_PLATFORM_API(CryptDestroyHash);
 /// The platform remembers a bounded number of keys, with what was computed for them in advance, by
 /// the bytes that they were made from; to ask for one again is cheap.
 ///
+/// Bits that are no key, or one outside these limits, are imported too: every signature is bad
+/// under such a key.
+///
 /// @param dwCertEncodingType must contain `X509_ASN_ENCODING`.
 /// @param pInfo the key; read only during the call.
 /// @param aiKeyAlg 0, or a number that the table of identifiers has for the key's algorithm.
 /// @param dwFlags must be 0.
 /// @param pvAuxInfo must be null.
 /// @param phKey receives the handle, which the caller ends with `CryptDestroyKey`.
-/// @return FALSE on failure, with the last error `NTE_BAD_PUBLIC_KEY` (the bytes are no key, or one
-///     outside these limits), `NTE_BAD_ALGID` (not an algorithm of this provider, or not
-///     `aiKeyAlg`), `ERROR_FILE_NOT_FOUND` (an unknown algorithm or encoding), `NTE_BAD_FLAGS` or
-///     `ERROR_INVALID_PARAMETER`.
+/// @return FALSE on failure, with the last error `NTE_BAD_ALGID` (not an algorithm of this
+/// provider,
+///     or not `aiKeyAlg`), `ERROR_FILE_NOT_FOUND` (an unknown algorithm or encoding),
+///     `NTE_BAD_FLAGS` or `ERROR_INVALID_PARAMETER`; or `NTE_NO_MEMORY`, `NTE_FAIL` or
+///     `NTE_PROVIDER_DLL_FAIL` (a library is there and cannot be loaded), which say nothing about
+///     the bits.
 BOOL CryptImportPublicKeyInfoEx(HCRYPTPROV hCryptProv, DWORD dwCertEncodingType,
                                 PCERT_PUBLIC_KEY_INFO pInfo, ALG_ID aiKeyAlg, DWORD dwFlags,
                                 void* pvAuxInfo, HCRYPTKEY* phKey)
@@ -186,9 +191,9 @@ BOOL CryptDestroyKey(HCRYPTKEY hKey) NORVANE_PLATFORM_API(CryptDestroyKey);
 /// @param hPubKey a key of the provider that the hash belongs to.
 /// @param szDescription must be null.
 /// @param dwFlags must be 0.
-/// @return TRUE if the signature is good. FALSE else, with the last error `NTE_BAD_SIGNATURE`, or
-///     `NTE_BAD_ALGID` (the key does not go with this hash), `NTE_BAD_FLAGS` or
-///     `ERROR_INVALID_PARAMETER`.
+/// @return TRUE if the signature is good. FALSE else, with the last error `NTE_BAD_SIGNATURE` (it
+///     does not hold), `NTE_NO_MEMORY` or `NTE_FAIL` (nobody could tell), `NTE_BAD_ALGID` (the key
+///     does not go with this hash), `NTE_BAD_FLAGS` or `ERROR_INVALID_PARAMETER`.
 BOOL CryptVerifySignatureW(HCRYPTHASH hHash, const BYTE* pbSignature, DWORD dwSigLen,
                            HCRYPTKEY hPubKey, LPCWSTR szDescription, DWORD dwFlags)
     NORVANE_PLATFORM_API(CryptVerifySignatureW);

@@ -1,11 +1,15 @@
 #include "platform/crypto/GostProvider.h"
 
+#include "platform/LazyObject.h"
+#include "platform/ModulePath.h"
 #include "platform/NeverDestroyed.h"
 #include "platform/ResidentLibrary.h"
+#include "platform/SystemFailure.h"
 #include "platform/crypto/GostLibrary.h"
 
 #include <atomic>
-#include <stdexcept>
+#include <memory>
+#include <string>
 
 namespace norvane {
 namespace {
@@ -24,10 +28,16 @@ constexpr Algorithm offered[] = {
      "GOST R 34.10-2012 Signature, 512 bits"},
 };
 
+constexpr const char* library_name = "norvane_gost.so";
+
 const GostLibrary* load_library() {
-    const auto entry = reinterpret_cast<decltype(&norvane_gost)>(
-        resident_function("norvane_gost.so", "norvane_gost"));
-    return entry == nullptr ? nullptr : entry();
+    const auto entry =
+        reinterpret_cast<decltype(&norvane_gost)>(resident_function(library_name, "norvane_gost"));
+    const GostLibrary* const loaded = entry == nullptr ? nullptr : entry();
+    if (loaded == nullptr) {
+        throw SystemFailure(NTE_PROVIDER_DLL_FAIL, std::string(library_name) + " cannot be loaded");
+    }
+    return loaded;
 }
 
 const GostLibrary& library() {
@@ -38,23 +48,24 @@ const GostLibrary& library() {
         loaded = load_library();
         known.store(loaded, std::memory_order_release);
     }
-    if (loaded == nullptr) {
-        throw std::runtime_error("norvane_gost.so cannot be loaded");
-    }
     return *loaded;
 }
 
 class GostProvider final : public Provider {
   public:
-    [[nodiscard]] std::span<const Algorithm> algorithms() const noexcept override {
-        return offered;
+    [[nodiscard]] std::span<const Algorithm> algorithms() const override {
+        static constinit LazyObject<const bool> installed;
+        const bool& is_installed = installed.get([] {
+            return std::make_unique<const bool>(is_library_present(module_path(library_name)));
+        });
+        return is_installed ? std::span(offered) : std::span<const Algorithm>();
     }
     [[nodiscard]] std::unique_ptr<Hash> create_hash(ALG_ID algorithm) const override {
         return offers(algorithm) ? library().create_hash(algorithm) : nullptr;
     }
     [[nodiscard]] std::shared_ptr<const PublicKey> import_key(ALG_ID algorithm, Octets parameters,
                                                               Octets key) const override {
-        return library().import_key(algorithm, parameters, key);
+        return offers(algorithm) ? library().import_key(algorithm, parameters, key) : nullptr;
     }
 };
 

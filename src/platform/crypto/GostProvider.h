@@ -4,7 +4,8 @@
 
 namespace norvane {
 
-/// The algorithms of GostLibrary.h. Their use fails where that library cannot be loaded.
+/// The algorithms of GostLibrary.h; none where that library is not installed. Throws SystemFailure
+/// where it is and cannot be loaded.
 [[nodiscard]] const Provider& gost_provider();
 
 } // namespace norvane

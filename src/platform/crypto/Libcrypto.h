@@ -4,9 +4,9 @@
 #include <stdexcept>
 
 #include <openssl/bn.h>
+#include <openssl/ec.h>
 #include <openssl/err.h>
 #include <openssl/evp.h>
-#include <openssl/param_build.h>
 
 namespace norvane {
 
@@ -25,11 +25,11 @@ struct Releaser {
 };
 
 using BigNumber = std::unique_ptr<BIGNUM, Releaser<BN_free>>;
+using NumberContext = std::unique_ptr<BN_CTX, Releaser<BN_CTX_free>>;
+using MontgomeryContext = std::unique_ptr<BN_MONT_CTX, Releaser<BN_MONT_CTX_free>>;
 using DigestContext = std::unique_ptr<EVP_MD_CTX, Releaser<EVP_MD_CTX_free>>;
-using KeyPointer = std::unique_ptr<EVP_PKEY, Releaser<EVP_PKEY_free>>;
-using KeyContext = std::unique_ptr<EVP_PKEY_CTX, Releaser<EVP_PKEY_CTX_free>>;
-using ParameterBuilder = std::unique_ptr<OSSL_PARAM_BLD, Releaser<OSSL_PARAM_BLD_free>>;
-using Parameters = std::unique_ptr<OSSL_PARAM, Releaser<OSSL_PARAM_free>>;
+using CurveGroup = std::unique_ptr<EC_GROUP, Releaser<EC_GROUP_free>>;
+using CurvePoint = std::unique_ptr<EC_POINT, Releaser<EC_POINT_free>>;
 
 /// `object`, which must not be null.
 template <class T>

@@ -1,6 +1,7 @@
 #include "platform/crypto/OidTable.h"
 
 #include "platform/crypto/AllowedHashes.h"
+#include "platform/crypto/ProviderTable.h"
 
 #include <array>
 #include <cstddef>
@@ -131,6 +132,8 @@ constinit const std::array<OidEntry, count> entries = make_entries();
 
 std::span<const OidEntry> oid_table() noexcept { return entries; }
 
-bool is_allowed(const OidEntry& entry) noexcept { return is_hash_allowed(entry.algorithm()); }
+bool is_usable(const OidEntry& entry) {
+    return is_hash_allowed(entry.algorithm()) && is_offered(entry.algorithm());
+}
 
 } // namespace norvane

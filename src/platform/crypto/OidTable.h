@@ -21,7 +21,8 @@ struct OidEntry {
 /// All entries, group by group.
 [[nodiscard]] std::span<const OidEntry> oid_table() noexcept;
 
-/// Whether the configuration lets the algorithm of an entry be used.
-[[nodiscard]] bool is_allowed(const OidEntry& entry) noexcept;
+/// Whether the configuration lets the algorithm of an entry be used, and a provider has it. Throws
+/// if that cannot be found out.
+[[nodiscard]] bool is_usable(const OidEntry& entry);
 
 } // namespace norvane

@@ -46,7 +46,7 @@ class Hash {
 
 enum class Verdict : std::uint8_t {
     good,
-    bad,
+    bad,        ///< a fact about the three; a failure to find out is thrown
     wrong_hash, ///< the key does not go with this hash
 };
 
@@ -67,7 +67,8 @@ class PublicKey {
 class Provider {
   public:
     virtual ~Provider() = default;
-    [[nodiscard]] virtual std::span<const Algorithm> algorithms() const noexcept = 0;
+    /// All that can be used, none if the provider has not been installed.
+    [[nodiscard]] virtual std::span<const Algorithm> algorithms() const = 0;
     /// Null if the provider does not have this algorithm.
     [[nodiscard]] virtual std::unique_ptr<Hash> create_hash(ALG_ID algorithm) const = 0;
     /// Makes a key from the parts of a SubjectPublicKeyInfo, of which nothing is known but that
@@ -78,7 +79,7 @@ class Provider {
     [[nodiscard]] virtual std::shared_ptr<const PublicKey>
     import_key(ALG_ID algorithm, Octets parameters, Octets key) const = 0;
 
-    [[nodiscard]] bool offers(ALG_ID algorithm) const noexcept {
+    [[nodiscard]] bool offers(ALG_ID algorithm) const {
         const auto all = algorithms();
         return std::ranges::find(all, algorithm, &Algorithm::id) != all.end();
     }

@@ -35,4 +35,9 @@ const ProviderRow* find_provider(std::string_view name) noexcept {
         rows, [name](const ProviderRow& row) { return equal_ignoring_case(row.name, name); }));
 }
 
+bool is_offered(ALG_ID algorithm) {
+    return std::ranges::any_of(
+        rows, [=](const ProviderRow& row) { return row.provider().offers(algorithm); });
+}
+
 } // namespace norvane

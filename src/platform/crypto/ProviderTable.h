@@ -26,4 +26,7 @@ struct ProviderRow {
 /// The provider with this name, ASCII letters of either case being the same; null if there is none.
 [[nodiscard]] const ProviderRow* find_provider(std::string_view name) noexcept;
 
+/// Whether one of them offers the algorithm. Throws what starting them throws.
+[[nodiscard]] bool is_offered(ALG_ID algorithm);
+
 } // namespace norvane

@@ -1,6 +1,6 @@
 #include "platform/config/AsciiCase.h"
 #include "platform/crypto/OidTable.h"
-#include "platform/failure.h"
+#include "platform/store/guarded.h"
 
 #include <algorithm>
 
@@ -10,20 +10,22 @@ using norvane::OidEntry;
 
 constexpr DWORD any_group = 0;
 
-bool is_in_group(const OidEntry& entry, DWORD group) noexcept {
-    return (group == any_group || entry.group() == group) && norvane::is_allowed(entry);
+bool is_in_group(const OidEntry& entry, DWORD group) {
+    return (group == any_group || entry.group() == group) && norvane::is_usable(entry);
 }
 
 /// The first entry of the group, or any, that `matches`; null with the last error set if there is
 /// none.
 template <class Matches>
 PCCRYPT_OID_INFO find(DWORD group, Matches matches) noexcept {
-    for (const OidEntry& entry : norvane::oid_table()) {
-        if (matches(entry) && is_in_group(entry, group)) {
-            return entry.info;
+    return norvane::guarded(norvane::provider_codes, [&] {
+        for (const OidEntry& entry : norvane::oid_table()) {
+            if (matches(entry) && is_in_group(entry, group)) {
+                return entry.info;
+            }
         }
-    }
-    return norvane::fail<PCCRYPT_OID_INFO>(CRYPT_E_NOT_FOUND);
+        return norvane::fail<PCCRYPT_OID_INFO>(CRYPT_E_NOT_FOUND);
+    });
 }
 
 PCCRYPT_OID_INFO find_oid(std::string_view oid, DWORD group) noexcept {
@@ -76,12 +78,14 @@ BOOL CryptEnumOIDInfo(DWORD dwGroupId, DWORD dwFlags, void* pvArg,
     if (dwFlags != 0 || pfnEnumOIDInfo == nullptr) {
         return norvane::fail(E_INVALIDARG);
     }
-    for (const OidEntry& entry : norvane::oid_table()) {
-        if (is_in_group(entry, dwGroupId) && pfnEnumOIDInfo(entry.info, pvArg) == FALSE) {
-            return FALSE;
+    return norvane::guarded(norvane::provider_codes, [&] {
+        for (const OidEntry& entry : norvane::oid_table()) {
+            if (is_in_group(entry, dwGroupId) && pfnEnumOIDInfo(entry.info, pvArg) == FALSE) {
+                return FALSE;
+            }
         }
-    }
-    return TRUE;
+        return TRUE;
+    });
 }
 
 LPCSTR CertAlgIdToOID(DWORD dwAlgId) noexcept {

@@ -72,8 +72,7 @@ DWORD put_name(std::string_view name, CHAR* out) noexcept {
     return static_cast<DWORD>(name.size() + 1);
 }
 
-BOOL enumerate_algorithms(ProviderContext& context, BYTE* buffer, DWORD* size,
-                          DWORD flags) noexcept {
+BOOL enumerate_algorithms(ProviderContext& context, BYTE* buffer, DWORD* size, DWORD flags) {
     const auto algorithms = context.provider.algorithms();
     std::size_t index = flags == CRYPT_FIRST ? 0 : context.next_algorithm.load();
     while (index < algorithms.size() && !norvane::is_hash_allowed(algorithms[index].id)) {
@@ -160,7 +159,9 @@ BOOL CryptGetProvParam(HCRYPTPROV hProv, DWORD dwParam, BYTE* pbData, DWORD* pdw
         return norvane::give_bytes(&context->row.type, sizeof context->row.type, pbData,
                                    pdwDataLen);
     case PP_ENUMALGS_EX:
-        return enumerate_algorithms(*context, pbData, pdwDataLen, dwFlags);
+        return norvane::guarded(norvane::provider_codes, [&] {
+            return enumerate_algorithms(*context, pbData, pdwDataLen, dwFlags);
+        });
     default:
         return norvane::fail(NTE_BAD_TYPE);
     }

@@ -44,6 +44,25 @@ KeyAlgorithm look_up(std::string_view oid, ALG_ID wanted) noexcept {
     return found;
 }
 
+/// What bits that are no key are imported as: no signature holds under it. A certificate with such
+/// bits is like one whose key signed nothing, and says no more about any other.
+class NoKey final : public norvane::PublicKey {
+  public:
+    norvane::Verdict verify(ALG_ID /*hash*/, Octets /*digest*/,
+                            Octets /*signature*/) const override {
+        return norvane::Verdict::bad;
+    }
+};
+
+std::shared_ptr<const norvane::PublicKey> import_or_none(const norvane::KeySource& source,
+                                                         DWORD unused_bits) {
+    std::shared_ptr<const norvane::PublicKey> key;
+    if (unused_bits == 0 && source.parameters.size() + source.key.size() <= max_key_info_size) {
+        key = norvane::key_cache().get(source);
+    }
+    return key != nullptr ? key : std::make_shared<const NoKey>();
+}
+
 } // namespace
 
 BOOL CryptImportPublicKeyInfoEx(HCRYPTPROV hCryptProv, DWORD dwCertEncodingType,
@@ -65,24 +84,16 @@ BOOL CryptImportPublicKeyInfoEx(HCRYPTPROV hCryptProv, DWORD dwCertEncodingType,
     if (!algorithm.known || (dwCertEncodingType & X509_ASN_ENCODING) == 0) {
         return norvane::fail(ERROR_FILE_NOT_FOUND);
     }
-    if (!algorithm.wanted || !context->provider.offers(algorithm.signature)) {
-        return norvane::fail(NTE_BAD_ALGID);
-    }
-    const CRYPT_OBJID_BLOB& parameters = pInfo->Algorithm.Parameters;
-    const CRYPT_BIT_BLOB& key = pInfo->PublicKey;
-    if (key.cUnusedBits != 0 || parameters.cbData > max_key_info_size ||
-        key.cbData > max_key_info_size - parameters.cbData) {
-        return norvane::fail(NTE_BAD_PUBLIC_KEY);
-    }
     return norvane::guarded(norvane::provider_codes, [&] {
-        auto public_key = norvane::key_cache().get({.provider = &context->provider,
-                                                    .algorithm = algorithm.signature,
-                                                    .parameters = octets_of(parameters),
-                                                    .key = octets_of(key)});
-        if (public_key == nullptr) {
-            return norvane::fail(NTE_BAD_PUBLIC_KEY);
+        if (!algorithm.wanted || !context->provider.offers(algorithm.signature)) {
+            return norvane::fail(NTE_BAD_ALGID);
         }
-        *phKey = norvane::make_handle<norvane::KeyObject>(context->provider, std::move(public_key));
+        const norvane::KeySource source{.provider = &context->provider,
+                                        .algorithm = algorithm.signature,
+                                        .parameters = octets_of(pInfo->Algorithm.Parameters),
+                                        .key = octets_of(pInfo->PublicKey)};
+        *phKey = norvane::make_handle<norvane::KeyObject>(
+            context->provider, import_or_none(source, pInfo->PublicKey.cUnusedBits));
         return TRUE;
     });
 }

@@ -41,6 +41,18 @@ TEST(CertificateContext, ShowsTheFieldsOfDerAndOfBer) {
     }
 }
 
+TEST(CertificateContext, IsNotMadeOverAnAlgorithmWithoutTextForThoseWhoLookItUp) {
+    const auto with_key_algorithm = [](const Bytes& arcs) {
+        const Bytes spki = sequence(sequence(tlv(0x06, cat(hex("2a"), arcs))), bit_string({}));
+        return certificate_context(CertificateBuilder{.spki = spki}.sign(Key::ec(0)));
+    };
+    EXPECT_NE(with_key_algorithm(Bytes(63, 127)), nullptr) << "255 characters";
+    for (const Bytes& arcs : {Bytes(64, 127), hex("90 80 80 80 00")}) {
+        EXPECT_EQ(with_key_algorithm(arcs), nullptr);
+        EXPECT_EQ(GetLastError(), CRYPT_E_ASN1_CORRUPT);
+    }
+}
+
 TEST(CertificateContext, IsOneForEqualBytesAsLongAsItLives) {
     const Bytes encoded = certificate("A");
     const CertificateContext first = certificate_context(encoded);

@@ -3,11 +3,24 @@
 #include "asn1/Decode.h"
 
 #include <algorithm>
+#include <array>
 #include <functional>
 #include <span>
 #include <utility>
 
 namespace norvane {
+namespace {
+
+/// Whether the identifier can be written as text of a length that whoever verifies signatures
+/// takes. No algorithm that exists has a longer one, or arcs of more than 32 bits.
+bool can_be_looked_up(const ASN1T_AlgorithmIdentifier& algorithm) {
+    constexpr std::size_t longest_text = 255;
+    ASN1OBJID arcs;
+    std::array<char, longest_text + 1> text{};
+    return algorithm.algorithm.get_arcs(arcs) && rtOidToStr(arcs, text.data(), text.size()) != 0;
+}
+
+} // namespace
 
 void visit_shared_certificate_locks(LockVisitor visit) {
     SharedObjects<SharedCertificate>::instance().visit_locks(visit);
@@ -20,6 +33,10 @@ std::variant<Ref<SharedCertificate>, ObjectFault> SharedCertificate::make(Encode
     ASN1T_Certificate tree;
     if (decode_element(*ctxt, object->encoded(), tree) < 0) {
         return object_fault(*ctxt);
+    }
+    if (!can_be_looked_up(tree.signatureAlgorithm) ||
+        !can_be_looked_up(tree.tbsCertificate.subjectPublicKeyInfo.algorithm)) {
+        return ObjectFault{CRYPT_E_ASN1_CORRUPT, "Certificate names an algorithm that none can be"};
     }
     if (!object->lay_out(tree.tbsCertificate)) {
         return ObjectFault{CRYPT_E_ASN1_CORRUPT,

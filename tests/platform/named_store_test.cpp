@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <map>
+#include <sys/resource.h>
 #include <thread>
 
 namespace norvane::testing {
@@ -22,7 +23,8 @@ class Configured : public ::testing::Environment {
   public:
     Configured() {
         std::string text = "[stores]\n";
-        for (const std::string name : {"Forms", "Faults", "Changes", "Threads", "Memory"})
+        for (const std::string name :
+             {"Forms", "Faults", "Unreadable", "Changes", "Threads", "Memory"})
             text += name + " = " + (folder.path() / name).string() + "\n";
         setenv("NORVANE_CONFIG", folder.write("norvane.conf", text).c_str(), 1);
     }
@@ -104,6 +106,36 @@ TEST(NamedStore, IsReadAgainAfterEveryFailureToAllocate) {
     EXPECT_EQ(store.certificates(), (Encoded{a, b}));
     EXPECT_EQ(store.crls(), Encoded{list});
     EXPECT_EQ(skipped("Memory").size(), 1U);
+}
+
+// As `CertOpenStore` and `NorvaneEnumSkippedStoreFiles` fail, which tells of one file.
+void expect_unreadable(DWORD error, const std::string& file) {
+    EXPECT_EQ(CertOpenStore(CERT_STORE_PROV_SYSTEM_W, 0, 0, 0, u"Unreadable"), nullptr);
+    EXPECT_EQ(GetLastError(), error);
+    std::string told;
+    const auto take = [](LPCSTR path, LPCSTR, void* out) -> BOOL {
+        *static_cast<std::string*>(out) += fs::path(path).filename();
+        return TRUE;
+    };
+    EXPECT_FALSE(NorvaneEnumSkippedStoreFiles(u"Unreadable", take, &told));
+    EXPECT_EQ(GetLastError(), error);
+    EXPECT_EQ(told, file);
+}
+
+TEST(NamedStore, IsNotShownWithoutAFileThatCannotBeReadAndIsReadAgainAfterwards) {
+    write("Unreadable/a.cer", a);
+    rlimit limit{};
+    getrlimit(RLIMIT_NOFILE, &limit);
+    const rlimit none{.rlim_cur = 0, .rlim_max = limit.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &none);
+    expect_unreadable(ERROR_TOO_MANY_OPEN_FILES, "Unreadable");
+    setrlimit(RLIMIT_NOFILE, &limit);
+
+    const fs::path loop = folder.path() / "Unreadable/loop";
+    fs::create_symlink("loop", loop);
+    expect_unreadable(ERROR_READ_FAULT, "loop");
+    fs::remove(loop);
+    EXPECT_EQ(OpenStore::system(u"Unreadable").certificates(), Encoded{a});
 }
 
 // Opens the store until it holds this, for longer than it takes to look at the files again.

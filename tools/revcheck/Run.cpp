@@ -4,6 +4,8 @@
 #include "Diagnosis.h"
 
 #include <algorithm>
+#include <new>
+#include <utility>
 
 namespace norvane {
 namespace {
@@ -70,11 +72,9 @@ void Run::read_stores() {
     }
 }
 
-/// The platform reads the store and passes over what it cannot read; here it is told.
+/// The platform reads the store. What it passes over is told of the stores that the options name;
+/// what it cannot open a store for is told of all.
 void Run::read_system_store(const std::vector<std::string>& paths, const WCHAR* name) {
-    if (paths.empty()) {
-        return;
-    }
     for (const std::string& path : paths) {
         try {
             static_cast<void>(files_at(path));
@@ -82,11 +82,21 @@ void Run::read_system_store(const std::vector<std::string>& paths, const WCHAR* 
             fault_(path, error.what());
         }
     }
-    const auto tell = [](LPCSTR file, LPCSTR reason, void* argument) -> BOOL {
-        (*static_cast<const FaultSink*>(argument))(file, reason);
+    using Faults = std::vector<std::pair<std::string, std::string>>;
+    Faults faults;
+    const auto take = [](LPCSTR file, LPCSTR reason, void* argument) -> BOOL {
+        static_cast<Faults*>(argument)->emplace_back(file, reason);
         return TRUE;
     };
-    static_cast<void>(NorvaneEnumSkippedStoreFiles(name, tell, const_cast<FaultSink*>(&fault_)));
+    const BOOL opens = NorvaneEnumSkippedStoreFiles(name, take, &faults);
+    if (opens == FALSE && GetLastError() == ERROR_NOT_ENOUGH_MEMORY) {
+        throw std::bad_alloc();
+    }
+    if (opens == FALSE || !paths.empty()) {
+        for (const auto& [file, reason] : faults) {
+            fault_(file, reason);
+        }
+    }
 }
 
 void Run::read_issuer() {

@@ -61,8 +61,9 @@ NORVANE_PLATFORM_BEGIN
 /// by their content: DER, PEM (RFC 7468) with any number of objects, and PKCS #7 or CMS SignedData
 /// (RFC 2315, RFC 5652) in DER or PEM, of which only certificates and CRLs are read. Of each folder
 /// the files in it are read in the order of their names, without those that begin with a dot.
-/// Equal objects are taken once. What cannot be read is passed over and costs only itself;
-/// `NorvaneEnumSkippedStoreFiles` tells about it.
+/// Equal objects are taken once. What is no such object is passed over and costs only itself;
+/// `NorvaneEnumSkippedStoreFiles` tells about it. But a store is shown whole or not at all: where a
+/// file or folder is there and cannot be read, be it for want of permission, the opening fails.
 ///
 /// A process reads a store once and shares what it has read. It looks at the files again when
 /// somebody opens the store, but at most once a second, and reads it anew if a file has changed,
@@ -80,8 +81,9 @@ NORVANE_PLATFORM_BEGIN
 ///     `ERROR_FILE_NOT_FOUND` (another provider; or with `CERT_STORE_OPEN_EXISTING_FLAG`, a store
 ///     in memory or a name that the configuration does not have. Without that flag such a name
 ///     opens an empty store),
-///     `ERROR_FILE_EXISTS` (`CERT_STORE_CREATE_NEW_FLAG` with a name that the configuration has) or
-///     `ERROR_NOT_ENOUGH_MEMORY`.
+///     `ERROR_FILE_EXISTS` (`CERT_STORE_CREATE_NEW_FLAG` with a name that the configuration has),
+///     `ERROR_NOT_ENOUGH_MEMORY`, `ERROR_TOO_MANY_OPEN_FILES`, or `ERROR_READ_FAULT` (a file or
+///     folder cannot be read for another reason).
 HCERTSTORE CertOpenStore(LPCSTR lpszStoreProvider, DWORD dwEncodingType, uintptr_t hCryptProv,
                          DWORD dwFlags, const void* pvPara) NORVANE_PLATFORM_API(CertOpenStore);
 
@@ -171,7 +173,8 @@ PCCRL_CONTEXT CertFindCRLInStore(HCERTSTORE hCertStore, DWORD dwCertEncodingType
                                  PCCRL_CONTEXT pPrevCrlContext)
     NORVANE_PLATFORM_API(CertFindCRLInStore);
 
-/// Takes a file that was passed over, or an object of it.
+/// Takes a file that was passed over, or an object of it, or the file that a store failed to open
+/// for.
 ///
 /// @param pszFile its path.
 /// @param pszReason why, in words, with the number of the object if others of the file were taken.
@@ -182,12 +185,14 @@ typedef BOOL (*NORVANE_SKIPPED_FILE_CALLBACK)(LPCSTR pszFile, LPCSTR pszReason, 
 
 /// Tells what of a named system store could not be read and was passed over, in the order of
 /// reading. It looks at the files as `CertOpenStore` does. A path of the configuration at which
-/// there is nothing is not told of.
+/// there is nothing is not told of. Where the opening would fail for a file or folder, it tells of
+/// that one alone, and fails likewise.
 ///
 /// @param pwszStoreName the name, as for `CertOpenStore`.
 /// @param pfnCallback called once for each, without a lock being held. It must not throw.
 /// @return FALSE with the last error `E_INVALIDARG` (no name, no function), `ERROR_FILE_NOT_FOUND`
-///     (a name that the configuration does not have) or `ERROR_NOT_ENOUGH_MEMORY`.
+///     (a name that the configuration does not have), `ERROR_NOT_ENOUGH_MEMORY`, or
+///     `ERROR_TOO_MANY_OPEN_FILES` or `ERROR_READ_FAULT` (the file told of cannot be read).
 BOOL NorvaneEnumSkippedStoreFiles(LPCWSTR pwszStoreName, NORVANE_SKIPPED_FILE_CALLBACK pfnCallback,
                                   void* pvArg) NORVANE_PLATFORM_API(NorvaneEnumSkippedStoreFiles);
 

@@ -43,30 +43,40 @@ struct CloseFolder {
     void operator()(DIR* folder) const noexcept { closedir(folder); }
 };
 
-/// Adds the names of what is in a folder. Returns an errno, or 0. The iterator of the standard
-/// library would end the program if there were no memory.
-int read_names(const fs::path& path, std::vector<std::string>& names) {
+bool is_absent(int error) { return error == ENOENT || error == ENOTDIR; }
+
+/// Whether a path leads nowhere, or through folders that this user may not enter.
+bool is_unreachable(int error) {
+    return error == EACCES || error == ELOOP || error == ENAMETOOLONG;
+}
+
+/// The names of what is in a folder. The iterator of the standard library would end the program if
+/// there were no memory.
+std::vector<std::string> read_names(const fs::path& path) {
+    std::vector<std::string> names;
     const std::unique_ptr<DIR, CloseFolder> folder(opendir(path.c_str()));
     if (folder == nullptr) {
-        return errno;
+        if (is_absent(errno)) { // It has gone.
+            return names;
+        }
+        throw UnreadableFile(path, errno);
     }
     for (;;) {
         errno = 0;
         // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread reads through this stream
         const dirent* const entry = readdir(folder.get());
+        if (entry == nullptr && errno != 0) {
+            throw UnreadableFile(path, errno);
+        }
         if (entry == nullptr) {
-            return errno;
+            return names;
         }
         names.emplace_back(&entry->d_name[0]);
     }
 }
 
 void add_folder(const fs::path& folder, FileInventory& files) {
-    std::vector<std::string> names;
-    if (const int error = read_names(folder, names); error != 0) {
-        files.push_back(faulty(folder, error));
-        return;
-    }
+    std::vector<std::string> names = read_names(folder);
     std::ranges::sort(names);
     for (const std::string& name : names) {
         if (name.starts_with('.')) {
@@ -75,7 +85,10 @@ void add_folder(const fs::path& folder, FileInventory& files) {
         fs::path path = folder / name;
         struct stat status {};
         if (stat(path.c_str(), &status) != 0) {
-            files.push_back(faulty(std::move(path), errno));
+            if (!is_absent(errno)) {
+                throw UnreadableFile(path, errno);
+            }
+            files.push_back(faulty(std::move(path), ENOENT));
         } else if (!S_ISDIR(status.st_mode)) {
             add_file(std::move(path), status, files);
         }
@@ -89,8 +102,11 @@ FileInventory take_inventory(std::span<const fs::path> paths) {
     for (const fs::path& path : paths) {
         struct stat status {};
         if (stat(path.c_str(), &status) != 0) {
-            if (errno != ENOENT && errno != ENOTDIR) {
-                files.push_back(faulty(path, errno));
+            const int error = errno;
+            if (is_unreachable(error)) {
+                files.push_back(faulty(path, error));
+            } else if (!is_absent(error)) {
+                throw UnreadableFile(path, error);
             }
         } else if (S_ISDIR(status.st_mode)) {
             add_folder(path, files);

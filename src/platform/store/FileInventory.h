@@ -1,10 +1,14 @@
 #pragma once
 
+#include "platform/SystemFailure.h"
+
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <span>
 #include <string>
+#include <system_error>
+#include <utility>
 #include <vector>
 
 namespace norvane {
@@ -12,7 +16,7 @@ namespace norvane {
 /// A file of a store, with what tells one state of it from another.
 struct InventoryFile {
     std::filesystem::path path;
-    int error = 0; ///< errno of why there is no more to know; 0 if it is a regular file.
+    int error = 0; ///< errno of why there is nothing to read; 0 if it is a regular file.
     std::uint64_t device = 0;
     std::uint64_t inode = 0;
     std::uint64_t size = 0;
@@ -24,9 +28,22 @@ struct InventoryFile {
 
 using FileInventory = std::vector<InventoryFile>;
 
+/// A file or folder of a store that is there, but cannot be read now.
+class UnreadableFile : public SystemFailure {
+  public:
+    UnreadableFile(std::filesystem::path path, int error)
+        : SystemFailure(last_error_of(error), std::generic_category().message(error)),
+          path_(std::move(path)) {}
+
+    [[nodiscard]] const std::filesystem::path& path() const noexcept { return path_; }
+
+  private:
+    std::filesystem::path path_;
+};
+
 /// The files at `paths` and in those of them that are folders, but not in folders within. The order
 /// is that of the paths, and of the names in each folder; names that begin with a dot are left out,
-/// and so are paths at which there is nothing.
+/// and so are paths at which there is nothing. Throws UnreadableFile.
 [[nodiscard]] FileInventory take_inventory(std::span<const std::filesystem::path> paths);
 
 /// Whether a file may yet change without its state showing it, since file systems keep times in

@@ -43,6 +43,9 @@ class StoreReader {
         auto* const bytes = std::get_if<FileBytes>(&outcome);
         if (bytes == nullptr) {
             const auto* const fault = std::get_if<FileFault>(&outcome);
+            if (fault != nullptr && fault->error != 0) {
+                throw UnreadableFile(file.path, fault->error);
+            }
             skip(file, fault == nullptr ? "the file has gone" : fault->text);
             return;
         }

@@ -49,7 +49,8 @@ class NamedStore {
 
     /// What the files hold. Looks at them if the last look is longer ago than the interval, and
     /// reads all if one has changed, come or gone. While one thread looks, others are given what
-    /// there is. Throws std::bad_alloc.
+    /// there is. Throws std::bad_alloc, and UnreadableFile if not all could be read: then nothing
+    /// is kept of it, and the next call looks again.
     [[nodiscard]] std::shared_ptr<const StoreContent> content();
 
   private:

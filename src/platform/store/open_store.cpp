@@ -108,12 +108,17 @@ BOOL NorvaneEnumSkippedStoreFiles(LPCWSTR pwszStoreName, NORVANE_SKIPPED_FILE_CA
         if (named == nullptr) {
             return norvane::fail(ERROR_FILE_NOT_FOUND);
         }
-        const auto content = named->content();
-        for (const norvane::SkippedFile& file : content->skipped) {
-            if (!pfnCallback(file.path.c_str(), file.reason.c_str(), pvArg)) {
-                break;
+        try {
+            const auto content = named->content();
+            for (const norvane::SkippedFile& file : content->skipped) {
+                if (!pfnCallback(file.path.c_str(), file.reason.c_str(), pvArg)) {
+                    break;
+                }
             }
+            return TRUE;
+        } catch (const norvane::UnreadableFile& file) {
+            static_cast<void>(pfnCallback(file.path().c_str(), file.what(), pvArg));
+            return norvane::fail(file.last_error());
         }
-        return TRUE;
     });
 }

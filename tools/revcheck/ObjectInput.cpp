@@ -3,11 +3,14 @@
 #include "asn1/Certificate.h"
 #include "asn1/CertificateList.h"
 #include "asn1/ControlClass.h"
+#include "platform/config/FolderNames.h"
 
 #include <algorithm>
 #include <filesystem>
 #include <new>
 #include <system_error>
+#include <utility>
+#include <variant>
 
 namespace norvane {
 namespace {
@@ -48,24 +51,29 @@ void add_object(HCERTSTORE store, const ObjectFile::Object& object, const std::s
 } // namespace
 
 InputFiles files_at(const std::string& path) {
-    try {
-        if (!fs::exists(path)) {
-            throw InputError("there is no such file or folder");
-        }
-        if (!fs::is_directory(path)) {
-            return {{path}, FileOrigin::named};
-        }
-        InputFiles files{{}, FileOrigin::in_folder};
-        for (const fs::directory_entry& entry : fs::directory_iterator(path)) {
-            if (!entry.path().filename().string().starts_with('.') && !entry.is_directory()) {
-                files.paths.push_back(entry.path().string());
-            }
-        }
-        std::ranges::sort(files.paths);
-        return files;
-    } catch (const fs::filesystem_error& error) {
-        throw InputError(error.code().message());
+    std::error_code error;
+    const fs::file_status status = fs::status(path, error);
+    if (!fs::exists(status)) {
+        throw InputError(error && status.type() == fs::file_type::none
+                             ? error.message()
+                             : "there is no such file or folder");
     }
+    if (!fs::is_directory(status)) {
+        return {{path}, FileOrigin::named};
+    }
+    const auto names = names_in_folder(path);
+    if (const int* const fault = std::get_if<int>(&names)) {
+        throw InputError(std::generic_category().message(*fault));
+    }
+    InputFiles files{{}, FileOrigin::in_folder};
+    for (const std::string& name : std::get<std::vector<std::string>>(names)) {
+        const fs::path file = fs::path(path) / name;
+        if (!name.starts_with('.') && !fs::is_directory(file, error)) {
+            files.paths.push_back(file.string());
+        }
+    }
+    std::ranges::sort(files.paths);
+    return files;
 }
 
 std::string object_name(const std::string& input, const ObjectFile& file, std::uint32_t number) {

@@ -2,10 +2,12 @@
 
 #include "platform/ForkLocks.h"
 #include "platform/ModulePath.h"
+#include "platform/SystemFailure.h"
 #include "platform/config/Configuration.h"
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <dlfcn.h>
 #include <memory>
 #include <mutex>
@@ -66,9 +68,14 @@ struct ModuleList {
     std::vector<VerifyRevocation> entries;
 
     /// Loads a module, unless it is in the list already. One that cannot be loaded, lacks the entry
-    /// for checks or refuses is left out.
+    /// for checks or refuses is left out. Throws std::bad_alloc or SystemFailure if that is for
+    /// want of memory or descriptors.
     void load(const std::string& path) {
+        errno = 0;
         Library library(path.empty() ? nullptr : dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL));
+        if (!library && (errno == ENOMEM || errno == EMFILE || errno == ENFILE)) {
+            throw_system_failure(errno, path + " cannot be loaded");
+        }
         if (!library || std::ranges::any_of(modules, [&](const AttachedModule& other) {
                 return other.is(library);
             })) {

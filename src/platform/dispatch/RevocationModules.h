@@ -12,7 +12,7 @@ using VerifyRevocation = decltype(&CertVerifyRevocation);
 /// process loads them, which other threads wait for. There are none inside the entry function of a
 /// module that is being loaded, and at the exit of the process, when they have been detached.
 ///
-/// Throws std::bad_alloc; the next call tries again.
+/// Throws std::bad_alloc or SystemFailure; the next call tries again.
 [[nodiscard]] std::span<const VerifyRevocation> revocation_modules();
 
 } // namespace norvane

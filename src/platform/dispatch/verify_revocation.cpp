@@ -2,11 +2,11 @@
 #include "platform/dispatch/RevocationModules.h"
 #include "platform/failure.h"
 #include "platform/retrieval/note_verdict.h"
+#include "platform/store/guarded.h"
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <new>
 
 namespace {
 
@@ -117,8 +117,8 @@ Status answer(DWORD encoding_type, DWORD revocation_type, std::span<const PVOID>
                                 .modules = norvane::revocation_modules(),
                                 .parameters = parameters};
         return check_all(question);
-    } catch (const std::bad_alloc&) {
-        return failure(ERROR_NOT_ENOUGH_MEMORY);
+    } catch (...) {
+        return failure(norvane::code_of_thrown());
     }
 }
 

@@ -1,5 +1,6 @@
 #include "platform/retrieval/CrlMarks.h"
 
+#include "platform/config/FolderNames.h"
 #include "platform/retrieval/CacheFolder.h"
 #include "platform/retrieval/PrivateFile.h"
 #include "platform/retrieval/WholeFile.h"
@@ -8,7 +9,8 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
-#include <limits>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace norvane {
@@ -59,13 +61,16 @@ std::uint64_t counting(const FoundMark& mark, MarkGround ground, std::time_t now
 std::vector<std::pair<std::time_t, std::filesystem::path>> list(const CacheFolder& folder,
                                                                 MarkGround ground) {
     std::vector<std::pair<std::time_t, std::filesystem::path>> found;
-    std::error_code ignored;
-    for (std::filesystem::directory_iterator item(folder.path_of(""), ignored), end; item != end;
-         item.increment(ignored)) {
+    const std::filesystem::path path = folder.path_of("");
+    const auto names = names_in_folder(path);
+    if (!std::holds_alternative<std::vector<std::string>>(names)) {
+        return found;
+    }
+    for (const std::string& name : std::get<std::vector<std::string>>(names)) {
+        std::filesystem::path file = path / name;
         struct stat status {};
-        if (item->path().extension() == mark_file_ending(ground) &&
-            lstat(item->path().c_str(), &status) == 0) {
-            found.emplace_back(status.st_mtim.tv_sec, item->path());
+        if (file.extension() == mark_file_ending(ground) && lstat(file.c_str(), &status) == 0) {
+            found.emplace_back(status.st_mtim.tv_sec, std::move(file));
         }
     }
     std::ranges::sort(found);

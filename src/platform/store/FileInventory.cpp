@@ -1,9 +1,9 @@
 #include "platform/store/FileInventory.h"
 
+#include "platform/config/FolderNames.h"
+
 #include <algorithm>
 #include <cerrno>
-#include <dirent.h>
-#include <memory>
 #include <sys/stat.h>
 #include <utility>
 
@@ -39,10 +39,6 @@ void add_file(fs::path path, const struct stat& status, FileInventory& files) {
                                             : faulty(std::move(path), EINVAL));
 }
 
-struct CloseFolder {
-    void operator()(DIR* folder) const noexcept { closedir(folder); }
-};
-
 bool is_absent(int error) { return error == ENOENT || error == ENOTDIR; }
 
 /// Whether a path leads nowhere, or through folders that this user may not enter.
@@ -50,29 +46,16 @@ bool is_unreachable(int error) {
     return error == EACCES || error == ELOOP || error == ENAMETOOLONG;
 }
 
-/// The names of what is in a folder. The iterator of the standard library would end the program if
-/// there were no memory.
+/// Nothing if the folder has gone.
 std::vector<std::string> read_names(const fs::path& path) {
-    std::vector<std::string> names;
-    const std::unique_ptr<DIR, CloseFolder> folder(opendir(path.c_str()));
-    if (folder == nullptr) {
-        if (is_absent(errno)) { // It has gone.
-            return names;
+    auto outcome = names_in_folder(path);
+    if (const int* const error = std::get_if<int>(&outcome)) {
+        if (is_absent(*error)) {
+            return {};
         }
-        throw UnreadableFile(path, errno);
+        throw UnreadableFile(path, *error);
     }
-    for (;;) {
-        errno = 0;
-        // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread reads through this stream
-        const dirent* const entry = readdir(folder.get());
-        if (entry == nullptr && errno != 0) {
-            throw UnreadableFile(path, errno);
-        }
-        if (entry == nullptr) {
-            return names;
-        }
-        names.emplace_back(&entry->d_name[0]);
-    }
+    return std::get<std::vector<std::string>>(std::move(outcome));
 }
 
 void add_folder(const fs::path& folder, FileInventory& files) {

@@ -18,7 +18,7 @@ bool is_in_group(const OidEntry& entry, DWORD group) {
 /// none.
 template <class Matches>
 PCCRYPT_OID_INFO find(DWORD group, Matches matches) noexcept {
-    return norvane::guarded(norvane::provider_codes, [&] {
+    return norvane::guarded([&] {
         for (const OidEntry& entry : norvane::oid_table()) {
             if (matches(entry) && is_in_group(entry, group)) {
                 return entry.info;
@@ -78,7 +78,7 @@ BOOL CryptEnumOIDInfo(DWORD dwGroupId, DWORD dwFlags, void* pvArg,
     if (dwFlags != 0 || pfnEnumOIDInfo == nullptr) {
         return norvane::fail(E_INVALIDARG);
     }
-    return norvane::guarded(norvane::provider_codes, [&] {
+    return norvane::guarded([&] {
         for (const OidEntry& entry : norvane::oid_table()) {
             if (is_in_group(entry, dwGroupId) && pfnEnumOIDInfo(entry.info, pvArg) == FALSE) {
                 return FALSE;

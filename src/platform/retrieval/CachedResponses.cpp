@@ -65,29 +65,38 @@ ResponsePtr CachedResponses::find(ObjectKind kind, std::string_view url) {
         known = slot(key, path);
     }
     ResponsePtr response;
-    std::uint64_t growth = 0;
-    {
-        const std::lock_guard lock(known->mutex);
-        if (known->identity != identity_of(status)) {
-            known->response = nullptr;
-            known->identity = {};
-            const auto outcome =
-                read_whole_file(path.c_str(), O_NOFOLLOW, max_file_size, is_private);
-            const auto* const file = std::get_if<WholeFile>(&outcome);
-            if (file != nullptr && folder.is_usable()) {
-                known->response = read_response(file->bytes, kind, url);
-                known->identity = identity_of(file->status);
-                growth = known->identity.size + response_overhead;
-            }
-        }
-        response = known->response;
-    }
-    if (growth != 0) {
-        note_growth(growth);
+    try {
+        response = response_of(*known, kind, url, status);
+    } catch (...) {
+        forget(key);
+        throw;
     }
     if (response != nullptr) {
         CacheFolder::note_use(path, status);
     }
+    return response;
+}
+
+ResponsePtr CachedResponses::response_of(Slot& slot, ObjectKind kind, std::string_view url,
+                                         const struct stat& status) {
+    std::unique_lock lock(slot.mutex);
+    if (slot.identity == identity_of(status)) {
+        return slot.response;
+    }
+    slot.response = nullptr;
+    slot.identity = {};
+    const auto outcome =
+        read_whole_file(slot.path.c_str(), O_NOFOLLOW, max_file_size, is_private);
+    const auto* const file = std::get_if<WholeFile>(&outcome);
+    if (file == nullptr || !CacheFolder::instance().is_usable()) {
+        return nullptr;
+    }
+    slot.response = read_response(file->bytes, kind, url);
+    slot.identity = identity_of(file->status);
+    const ResponsePtr response = slot.response;
+    const std::uint64_t growth = slot.identity.size + response_overhead;
+    lock.unlock();
+    note_growth(growth);
     return response;
 }
 
@@ -116,11 +125,9 @@ std::shared_ptr<CachedResponses::Slot> CachedResponses::known_slot(const std::st
 std::shared_ptr<CachedResponses::Slot> CachedResponses::slot(const std::string& key,
                                                              const std::string& path) {
     const std::lock_guard lock(mutex_);
-    std::shared_ptr<Slot>& known = slots_[key];
-    if (known == nullptr) {
-        known = std::make_shared<Slot>(path);
-    }
-    return known;
+    const auto known = slots_.find(key);
+    return known != slots_.end() ? known->second
+                                 : slots_.emplace(key, std::make_shared<Slot>(path)).first->second;
 }
 
 void CachedResponses::forget(const std::string& key) {

@@ -42,6 +42,9 @@ class CachedResponses {
         ResponsePtr response;
     };
 
+    /// What the slot's file holds, read anew if it is not the file that was read before.
+    [[nodiscard]] ResponsePtr response_of(Slot& slot, ObjectKind kind, std::string_view url,
+                                          const struct stat& status);
     [[nodiscard]] std::shared_ptr<Slot> known_slot(const std::string& key);
     [[nodiscard]] std::shared_ptr<Slot> slot(const std::string& key, const std::string& path);
     void forget(const std::string& key);

@@ -33,8 +33,7 @@ class Flights {
   public:
     [[nodiscard]] static Flights& instance() noexcept {
         // Never destroyed: threads may still use it when static objects are.
-        alignas(Flights) static std::byte place[sizeof(Flights)];
-        static auto* const flights = new (place) Flights;
+        static auto* const flights = new Flights;
         return *flights;
     }
 
@@ -78,7 +77,12 @@ class Flights {
     void go_on_in_parent() noexcept { mutex_.unlock(); }
     /// None of the parent's flights is on its way in the child. What they left behind stays where
     /// it is: threads of the parent seem to wait for it.
-    void begin_in_child() noexcept { new (this) Flights; }
+    void begin_in_child() noexcept {
+        new (&ended_) std::condition_variable;
+        new (&by_key_) std::unordered_map<std::string, std::shared_ptr<Flight>>;
+        count_ = 0;
+        mutex_.unlock();
+    }
 
   private:
     std::mutex mutex_;

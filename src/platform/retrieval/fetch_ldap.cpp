@@ -116,9 +116,6 @@ bool has_control(const char* text) {
     return false;
 }
 
-/// Whether libldap has failed for want of memory, of which its results do not tell.
-bool memory_ran_out() { return ber_errno == LBER_ERROR_MEMORY; }
-
 /// One search without a bind, which makes it an anonymous one (RFC 4511 4.2).
 class LdapSearch {
   public:
@@ -133,16 +130,6 @@ class LdapSearch {
     }
 
     [[nodiscard]] FetchOutcome run() {
-        ber_errno = LBER_ERROR_NONE;
-        FetchOutcome outcome = search();
-        if (std::holds_alternative<FetchFailure>(outcome) && memory_ran_out()) {
-            return FetchFailure{ERROR_NOT_ENOUGH_MEMORY};
-        }
-        return outcome;
-    }
-
-  private:
-    [[nodiscard]] FetchOutcome search() {
         LDAPURLDesc* parsed = nullptr;
         if (const int code = ldap_url_parse(request_.url.c_str(), &parsed);
             code != LDAP_URL_SUCCESS) {
@@ -166,6 +153,7 @@ class LdapSearch {
         return receive();
     }
 
+  private:
     /// Whether libldap has read out of the URL what stands in it.
     [[nodiscard]] bool says_what_it_names() const {
         constexpr int max_port = 65'535;
@@ -274,6 +262,7 @@ class LdapSearch {
                 continue;
             }
             if (type < 0) {
+                require_memory();
                 return FetchFailure{ERROR_INTERNET_CONNECTION_ABORTED};
             }
             if (type == LDAP_RES_SEARCH_RESULT) {
@@ -283,10 +272,17 @@ class LdapSearch {
                 if (!take_entry(message.get())) {
                     return FetchFailure{ERROR_FILE_TOO_LARGE};
                 }
-                if (memory_ran_out()) {
-                    throw std::bad_alloc();
-                }
+                require_memory();
             }
+        }
+    }
+
+    /// What libldap could not read for want of memory is not what the server has not.
+    void require_memory() const {
+        int code = LDAP_SUCCESS;
+        ldap_get_option(session_.get(), LDAP_OPT_RESULT_CODE, &code);
+        if (code == LDAP_NO_MEMORY) {
+            throw std::bad_alloc();
         }
     }
 

@@ -24,6 +24,8 @@ constexpr unsigned limit_seconds = 20;
 
 // Endings of revcheck and of faulty_call.
 constexpr int revoked = 1, no_check = 2, bad_input = 65, no_memory = 71;
+// That of the dynamic loader, which says why the program cannot begin.
+constexpr int not_loaded = 127;
 
 // One run of a scenario with one fault, in a process of its own.
 class Process {
@@ -56,6 +58,7 @@ class Process {
             return "no check";
         case bad_input:
         case no_memory:
+        case not_loaded:
             return (std::filesystem::file_size(place_ / "err") == 0 ? "!silent exit "
                                                                     : "told, exit ") +
                    std::to_string(code);

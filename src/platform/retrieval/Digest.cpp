@@ -1,5 +1,7 @@
 #include "platform/retrieval/Digest.h"
 
+#include "platform/crypto/Libcrypto.h"
+
 #include <mutex>
 #include <new>
 
@@ -27,6 +29,15 @@ const EVP_MD* sha256() {
     return algorithm;
 }
 
+/// A context in which a digest has begun; null if there is no memory.
+EVP_MD_CTX* begin() {
+    const ErrorQueueGuard guard;
+    DigestContext context(EVP_MD_CTX_new());
+    const bool begun =
+        context != nullptr && EVP_DigestInit_ex2(context.get(), sha256(), nullptr) == 1;
+    return begun ? context.release() : nullptr;
+}
+
 void require(int result) {
     if (result != 1) {
         throw std::bad_alloc();
@@ -37,8 +48,10 @@ void require(int result) {
 
 void Digester::Release::operator()(EVP_MD_CTX* context) const noexcept { EVP_MD_CTX_free(context); }
 
-Digester::Digester() : context_(EVP_MD_CTX_new()) {
-    require(context_ != nullptr ? EVP_DigestInit_ex2(context_.get(), sha256(), nullptr) : 0);
+Digester::Digester() : context_(begin()) {
+    if (context_ == nullptr) {
+        throw std::bad_alloc();
+    }
 }
 
 Digester& Digester::add(std::span<const std::uint8_t> bytes) {

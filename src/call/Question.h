@@ -30,6 +30,13 @@ class QuotaSpent final : public CAException, public ProcessFailure {
           ProcessFailure(ERROR_NOT_ENOUGH_QUOTA) {}
 };
 
+/// What the outermost question shares with those inside it.
+struct SharedByQuestions {
+    std::optional<Quotas> left; ///< Nothing until it is opened.
+    std::uint32_t process_error = 0;
+    LeftBehind left_behind;
+};
+
 /// A question about one certificate, from its beginning to its end. Questions of a thread nest, and
 /// end in the reverse order of their beginning. When the outermost one ends, what they have left
 /// behind is released, and the platform is told how the process failed, if it did.
@@ -66,17 +73,10 @@ class Question {
     [[nodiscard]] std::chrono::milliseconds retrieval_time_left() const noexcept;
 
   private:
-    /// What the outermost question shares with those inside it.
-    struct Shared {
-        std::optional<Quotas> left; ///< Nothing until it is opened.
-        std::uint32_t process_error = 0;
-        LeftBehind left_behind;
-    };
-
     ByteView certificate_;
     Question* outer_;
-    std::optional<Shared> own_; ///< Of the outermost question.
-    Shared* shared_;
+    std::optional<SharedByQuestions> own_; ///< Of the outermost question.
+    SharedByQuestions* shared_;
 };
 
 // Where costs arise. Outside of any question nothing is counted.

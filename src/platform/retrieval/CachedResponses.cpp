@@ -85,8 +85,7 @@ ResponsePtr CachedResponses::response_of(Slot& slot, ObjectKind kind, std::strin
     }
     slot.response = nullptr;
     slot.identity = {};
-    const auto outcome =
-        read_whole_file(slot.path.c_str(), O_NOFOLLOW, max_file_size, is_private);
+    const auto outcome = read_whole_file(slot.path.c_str(), O_NOFOLLOW, max_file_size, is_private);
     const auto* const file = std::get_if<WholeFile>(&outcome);
     if (file == nullptr || !CacheFolder::instance().is_usable()) {
         return nullptr;

@@ -22,7 +22,7 @@ LeftBehind::~LeftBehind() {
     for (const PCCERT_CONTEXT context : contexts_) {
         release(context);
     }
-    for (const HCERTSTORE store : stores_) {
+    for (auto* const store : stores_) {
         release(store);
     }
 }

@@ -16,8 +16,9 @@ void require_stack_room() {
 
 } // namespace
 
-Question::Question(ByteView certificate) noexcept : certificate_(certificate), outer_(innermost) {
-    shared_ = outer_ == nullptr ? &own_.emplace() : outer_->shared_;
+Question::Question(ByteView certificate) noexcept
+    : certificate_(certificate), outer_(innermost),
+      shared_(outer_ == nullptr ? &own_.emplace() : outer_->shared_) {
     innermost = this;
 }
 

@@ -50,7 +50,7 @@ Assignment set_limit(Configuration& configuration, std::string_view /*key*/, std
         return Assignment::bad_value;
     }
     configuration.registry.insert_or_assign(
-        std::string("HKEY_LOCAL_MACHINE\\SOFTWARE\\Norvane\\PkiValidator\\") + value_name,
+        std::string(R"(HKEY_LOCAL_MACHINE\SOFTWARE\Norvane\PkiValidator\)") + value_name,
         number_of(*parsed));
     return Assignment::done;
 }

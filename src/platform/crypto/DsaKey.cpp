@@ -22,7 +22,7 @@ class DsaKey final : public PublicKey {
           montgomery_(new_montgomery_context(numbers_.p.get(), new_number_context().get())) {}
 
     /// FIPS 186-4 4.7.
-    Verdict verify(ALG_ID hash, Octets digest, Octets signature) const override {
+    [[nodiscard]] Verdict verify(ALG_ID hash, Octets digest, Octets signature) const override {
         const ErrorQueueGuard guard;
         if (!is_sha_hash(hash)) {
             return Verdict::wrong_hash;

@@ -87,7 +87,7 @@ class CurveEquation {
         constexpr int failed = -2;
         const BigNumber square = square_of_y(x);
         const int symbol = BN_kronecker(square.get(), p_.get(), context_);
-        require(symbol != failed, "BN_kronecker");
+        require(symbol != failed ? 1 : 0, "BN_kronecker");
         if (symbol != 1) { // 0 is a point of order two, which no curve of prime order has.
             return nullptr;
         }
@@ -149,7 +149,7 @@ class EcdsaKey final : public PublicKey {
         : group_(std::move(group)), point_(std::move(point)) {}
 
     /// FIPS 186-4 6.4, which is SEC 1, 4.1.4.
-    Verdict verify(ALG_ID hash, Octets digest, Octets signature) const override {
+    [[nodiscard]] Verdict verify(ALG_ID hash, Octets digest, Octets signature) const override {
         const ErrorQueueGuard guard;
         if (!is_sha_hash(hash)) {
             return Verdict::wrong_hash;

@@ -54,7 +54,7 @@ class RsaKey final : public PublicKey {
           montgomery_(new_montgomery_context(modulus_.get(), new_number_context().get())) {}
 
     /// RFC 8017 8.2.2, with the encoded messages compared as numbers.
-    Verdict verify(ALG_ID hash, Octets digest, Octets signature) const override {
+    [[nodiscard]] Verdict verify(ALG_ID hash, Octets digest, Octets signature) const override {
         const ErrorQueueGuard guard;
         const DigestPrefix* const prefix = find_prefix(hash);
         if (prefix == nullptr) {

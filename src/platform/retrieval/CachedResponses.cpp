@@ -1,12 +1,14 @@
 #include "platform/retrieval/CachedResponses.h"
 
 #include "asn1/Reader.h"
+#include "platform/NeverDestroyed.h"
 #include "platform/retrieval/OwnFailure.h"
 #include "platform/retrieval/PrivateFile.h"
 #include "platform/retrieval/WholeFile.h"
 
 #include <cerrno>
 #include <fcntl.h>
+#include <new>
 #include <vector>
 
 namespace norvane {
@@ -41,9 +43,8 @@ ResponsePtr read_response(std::string_view file, ObjectKind kind, std::string_vi
 } // namespace
 
 CachedResponses& CachedResponses::instance() noexcept {
-    // Never destroyed: a retrieval may still be on its way when static objects are.
-    static auto* const responses = new CachedResponses;
-    return *responses;
+    static NeverDestroyed<CachedResponses> responses;
+    return responses.object;
 }
 
 ResponsePtr CachedResponses::find(ObjectKind kind, std::string_view url) {
@@ -92,7 +93,7 @@ ResponsePtr CachedResponses::response_of(Slot& slot, ObjectKind kind, std::strin
     }
     slot.response = read_response(file->bytes, kind, url);
     slot.identity = identity_of(file->status);
-    const ResponsePtr response = slot.response;
+    ResponsePtr response = slot.response;
     const std::uint64_t growth = slot.identity.size + response_overhead;
     lock.unlock();
     note_growth(growth);
@@ -165,7 +166,7 @@ void CachedResponses::begin_in_child() noexcept {
             ++at;
         } else {
             // Nobody will ever unlock it, and what it guards may be half made: it stays behind.
-            static_cast<void>(new std::shared_ptr<Slot>(at->second));
+            static_cast<void>(new (std::nothrow) std::shared_ptr<Slot>(at->second));
             at = slots_.erase(at);
         }
     }

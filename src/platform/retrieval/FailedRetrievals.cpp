@@ -1,5 +1,6 @@
 #include "platform/retrieval/FailedRetrievals.h"
 
+#include "platform/NeverDestroyed.h"
 #include "platform/retrieval/OwnFailure.h"
 
 #include <algorithm>
@@ -13,9 +14,8 @@ constexpr std::size_t max_failures = 1024;
 } // namespace
 
 FailedRetrievals& FailedRetrievals::instance() noexcept {
-    // Never destroyed: a retrieval may still be on its way when static objects are.
-    static auto* const failures = new FailedRetrievals;
-    return *failures;
+    static NeverDestroyed<FailedRetrievals> failures;
+    return failures.object;
 }
 
 std::optional<DWORD> FailedRetrievals::find(const std::string& key,

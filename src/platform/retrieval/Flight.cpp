@@ -1,5 +1,7 @@
 #include "platform/retrieval/Flight.h"
 
+#include "platform/NeverDestroyed.h"
+
 #include <condition_variable>
 #include <csignal>
 #include <memory>
@@ -32,9 +34,8 @@ struct Flight {
 class Flights {
   public:
     [[nodiscard]] static Flights& instance() noexcept {
-        // Never destroyed: threads may still use it when static objects are.
-        static auto* const flights = new Flights;
-        return *flights;
+        static NeverDestroyed<Flights> flights;
+        return flights.object;
     }
 
     struct Joined {

@@ -162,6 +162,15 @@ TEST_F(Network, ARevocationFromTheCacheIsUndoneByANewerListButNotByAServerWithou
     EXPECT_EQ(decision(leaf(held)), "good");
 }
 
+TEST_F(Network, ACertificateHasNoMoreServersAskedThanAQuestionMay) {
+    std::vector<std::string> urls;
+    for (int number = 0; number < 100; ++number)
+        urls.push_back(server_.url("/absent" + std::to_string(number)));
+    EXPECT_EQ(decision(leaf(unlisted, {crls_at(urls)}), {"--certs", file("ca.cer", ca_)}),
+              "no_check");
+    EXPECT_EQ(server_.connections(), 64U);
+}
+
 TEST_F(Network, ACrlOnWhichAVerdictRestedKeepsOlderOnesOutForGood) {
     const auto base = [&](const char* month, std::vector<CrlEntry> entries) {
         return reply_of(CrlBuilder{.issuer = common_name("CA"),

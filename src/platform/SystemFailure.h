@@ -23,17 +23,43 @@ class SystemFailure : public std::runtime_error {
     DWORD last_error_;
 };
 
-/// The last error for an errno with which the system refused to show what is there.
-[[nodiscard]] constexpr DWORD last_error_of(int error) noexcept {
+/// The last error for an errno that tells of the process or its system: want of memory, of
+/// descriptors or of buffers, or a device that does not work. `ERROR_SUCCESS` for all others.
+[[nodiscard]] constexpr DWORD own_failure_of(int error) noexcept {
     switch (error) {
     case ENOMEM:
         return ERROR_NOT_ENOUGH_MEMORY;
     case EMFILE:
     case ENFILE:
         return ERROR_TOO_MANY_OPEN_FILES;
-    default:
+    case EIO:
         return ERROR_READ_FAULT;
+    case EAGAIN:
+    case ENOBUFS:
+        return ERROR_NO_SYSTEM_RESOURCES;
+    default:
+        return ERROR_SUCCESS;
     }
+}
+
+/// Whether a last error is one that own_failure_of gives, or stands for a fault within a library.
+[[nodiscard]] constexpr bool is_own_failure(DWORD error) noexcept {
+    switch (error) {
+    case ERROR_NOT_ENOUGH_MEMORY:
+    case ERROR_TOO_MANY_OPEN_FILES:
+    case ERROR_READ_FAULT:
+    case ERROR_INTERNAL_ERROR:
+    case ERROR_NO_SYSTEM_RESOURCES:
+        return true;
+    default:
+        return false;
+    }
+}
+
+/// The last error for any errno with which the system refused to show what is there.
+[[nodiscard]] constexpr DWORD last_error_of(int error) noexcept {
+    const DWORD own = own_failure_of(error);
+    return own == ERROR_SUCCESS ? ERROR_READ_FAULT : own;
 }
 
 /// Throws what the errno stands for: std::bad_alloc or SystemFailure.

@@ -2,7 +2,7 @@
 
 #include "asn1/Reader.h"
 #include "platform/NeverDestroyed.h"
-#include "platform/retrieval/OwnFailure.h"
+#include "platform/SystemFailure.h"
 #include "platform/retrieval/PrivateFile.h"
 #include "platform/retrieval/WholeFile.h"
 
@@ -58,7 +58,7 @@ ResponsePtr CachedResponses::find(ObjectKind kind, std::string_view url) {
         const DWORD error = path.empty() ? ERROR_SUCCESS : own_failure_of(errno);
         forget(key);
         if (error != ERROR_SUCCESS) {
-            throw OwnFailure{error};
+            throw SystemFailure(error, path);
         }
         return nullptr;
     }

@@ -20,7 +20,7 @@ class CachedResponses {
     [[nodiscard]] static CachedResponses& instance() noexcept;
 
     /// The response that is cached for a URL; null if there is none. Throws std::bad_alloc, and
-    /// OwnFailure if there is a file that cannot be read.
+    /// SystemFailure if there is a file that cannot be read.
     [[nodiscard]] ResponsePtr find(ObjectKind kind, std::string_view url);
 
     /// Puts a response, with the bytes that it was read from, into the cache if that is possible.

@@ -27,7 +27,7 @@ class CrlMarks {
     explicit CrlMarks(const CacheFolder& folder) : folder_(folder) {}
 
     /// The least date that a CRL of a scope must have at present to be taken; 0 if there is none.
-    /// Throws std::bad_alloc, and OwnFailure if a file cannot be read that is there.
+    /// Throws std::bad_alloc, and SystemFailure if a file cannot be read that is there.
     [[nodiscard]] std::uint64_t least_date(const Digest& scope, std::time_t now) const;
 
     /// Notes CRLs that a server has delivered and that are taken. One that cannot be noted for want

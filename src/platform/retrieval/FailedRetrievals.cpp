@@ -1,7 +1,7 @@
 #include "platform/retrieval/FailedRetrievals.h"
 
 #include "platform/NeverDestroyed.h"
-#include "platform/retrieval/OwnFailure.h"
+#include "platform/SystemFailure.h"
 
 #include <algorithm>
 

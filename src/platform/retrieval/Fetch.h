@@ -50,7 +50,7 @@ using FetchOutcome = std::variant<FetchedResponse, NotModified, FetchFailure>;
 
 /// Each asks a server of its schemes, and gives up soon after the deadline unless the look-up of a
 /// name blocks. A failure of this process is told as such. They throw std::bad_alloc and nothing
-/// else, `fetch_file` OwnFailure too.
+/// else, `fetch_file` SystemFailure too.
 [[nodiscard]] FetchOutcome fetch_http(const FetchRequest& request);
 [[nodiscard]] FetchOutcome fetch_ldap(const FetchRequest& request);
 [[nodiscard]] FetchOutcome fetch_file(const FetchRequest& request);

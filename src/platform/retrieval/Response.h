@@ -41,7 +41,7 @@ struct CurrentCrls {
 
 /// @param marks those of `objects`. Of more than 1024 scopes in one response, what comes later is
 ///     not served.
-/// Throws std::bad_alloc and OwnFailure.
+/// Throws std::bad_alloc and SystemFailure.
 [[nodiscard]] CurrentCrls current_crls(const Ref<ObjectStore>& objects,
                                        std::span<const CrlMark> marks, const CrlMarks& seen,
                                        std::time_t now);

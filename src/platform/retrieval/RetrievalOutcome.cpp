@@ -1,6 +1,6 @@
 #include "platform/retrieval/RetrievalOutcome.h"
 
-#include "platform/retrieval/OwnFailure.h"
+#include "platform/SystemFailure.h"
 
 #include <new>
 #include <system_error>
@@ -10,8 +10,8 @@ namespace norvane {
 RetrievalOutcome outcome_of(const std::function<RetrievalOutcome()>& retrieve) noexcept {
     try {
         return retrieve();
-    } catch (const OwnFailure& failure) {
-        return {failure.error, nullptr};
+    } catch (const SystemFailure& failure) {
+        return {failure.last_error(), nullptr};
     } catch (const std::bad_alloc&) {
         return {ERROR_NOT_ENOUGH_MEMORY, nullptr};
     } catch (const std::system_error&) {

@@ -3,7 +3,7 @@
 #include "platform/Descriptor.h"
 #include "platform/ModulePath.h"
 #include "platform/ResidentLibrary.h"
-#include "platform/retrieval/OwnFailure.h"
+#include "platform/SystemFailure.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -23,7 +23,8 @@ void require_absence() {
     const int error = errno;
     if (file.number() >= 0 || (error != ENOENT && error != ENOTDIR)) {
         const DWORD own = file.number() >= 0 ? ERROR_SUCCESS : own_failure_of(error);
-        throw OwnFailure{own == ERROR_SUCCESS ? ERROR_INTERNAL_ERROR : own};
+        throw SystemFailure(own == ERROR_SUCCESS ? ERROR_INTERNAL_ERROR : own,
+                            "norvane_transports.so cannot be loaded");
     }
 }
 

@@ -12,7 +12,7 @@ struct Transports {
     FetchOutcome (*ldap)(const FetchRequest& request);
 };
 
-/// Null if the library is missing. Throws std::bad_alloc, and OwnFailure if it is there and cannot
+/// Null if the library is missing. Throws std::bad_alloc, and SystemFailure if it is there and cannot
 /// be loaded.
 [[nodiscard]] const Transports* transports();
 

@@ -1,7 +1,7 @@
 #include "platform/retrieval/WholeFile.h"
 
 #include "platform/Descriptor.h"
-#include "platform/retrieval/OwnFailure.h"
+#include "platform/SystemFailure.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -12,7 +12,7 @@ namespace {
 
 FileRefusal refusal(int error_number) {
     if (const DWORD error = own_failure_of(error_number); error != ERROR_SUCCESS) {
-        throw OwnFailure{error};
+        throw SystemFailure(error, "a file cannot be read");
     }
     return {error_number};
 }
@@ -43,7 +43,7 @@ std::variant<WholeFile, FileRefusal> read_whole_file(const char* path, int more_
             break; // It was cut short meanwhile; whoever reads it finds the end missing.
         }
         if (count < 0 && errno != EINTR) {
-            throw OwnFailure{ERROR_READ_FAULT};
+            throw SystemFailure(ERROR_READ_FAULT, "a file cannot be read");
         }
         used += count < 0 ? 0 : static_cast<std::size_t>(count);
     }

@@ -24,7 +24,7 @@ struct FileRefusal {
 /// @param more_flags of open(2), beside those for reading.
 /// @param size_limit in bytes.
 /// @param is_trusted decides by what fstat(2) says whether the file is read; null: all are.
-/// Throws std::bad_alloc, and OwnFailure if the failure is one of this process or the device.
+/// Throws std::bad_alloc, and SystemFailure if the failure is one of this process or the device.
 [[nodiscard]] std::variant<WholeFile, FileRefusal>
 read_whole_file(const char* path, int more_flags, std::uint64_t size_limit,
                 bool (*is_trusted)(const struct stat&) = nullptr);

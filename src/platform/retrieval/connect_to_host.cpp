@@ -1,6 +1,6 @@
 #include "platform/retrieval/connect_to_host.h"
 
-#include "platform/retrieval/OwnFailure.h"
+#include "platform/SystemFailure.h"
 
 #include <array>
 #include <cerrno>

@@ -1,8 +1,8 @@
+#include "platform/SystemFailure.h"
 #include "platform/config/AsciiCase.h"
 #include "platform/config/Trim.h"
 #include "platform/config/UserFolders.h"
 #include "platform/retrieval/Fetch.h"
-#include "platform/retrieval/OwnFailure.h"
 #include "platform/retrieval/connect_to_host.h"
 
 #include <algorithm>

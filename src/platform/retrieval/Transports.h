@@ -12,8 +12,8 @@ struct Transports {
     FetchOutcome (*ldap)(const FetchRequest& request);
 };
 
-/// Null if the library is missing. Throws std::bad_alloc, and SystemFailure if it is there and cannot
-/// be loaded.
+/// Null if the library is missing. Throws std::bad_alloc, and SystemFailure if it is there and
+/// cannot be loaded.
 [[nodiscard]] const Transports* transports();
 
 // Around a fork.

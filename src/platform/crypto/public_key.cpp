@@ -48,8 +48,8 @@ KeyAlgorithm look_up(std::string_view oid, ALG_ID wanted) noexcept {
 /// bits is like one whose key signed nothing, and says no more about any other.
 class NoKey final : public norvane::PublicKey {
   public:
-    norvane::Verdict verify(ALG_ID /*hash*/, Octets /*digest*/,
-                            Octets /*signature*/) const override {
+    [[nodiscard]] norvane::Verdict verify(ALG_ID /*hash*/, Octets /*digest*/,
+                                          Octets /*signature*/) const override {
         return norvane::Verdict::bad;
     }
 };

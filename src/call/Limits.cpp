@@ -1,5 +1,6 @@
 #include "call/Limits.h"
 
+#include "values/PkivKey.h"
 #include "values/ProcessFailure.h"
 
 #include <norvane/wincrypt.h>
@@ -9,8 +10,6 @@
 
 namespace norvane {
 namespace {
-
-constexpr LPCWSTR key_of_limits = NORVANE_W("SOFTWARE\\Norvane\\PkiValidator");
 
 struct Limit {
     Resource resource;
@@ -50,8 +49,7 @@ Quotas read_limits() {
         quotas[limit.resource] = limit.default_amount;
     }
     HKEY key = nullptr;
-    const LSTATUS opened = RegOpenKeyExW(HKEY_LOCAL_MACHINE, key_of_limits, 0,
-                                         KEY_QUERY_VALUE | KEY_WOW64_32KEY, &key);
+    const LSTATUS opened = RegOpenKeyExW(HKEY_LOCAL_MACHINE, pkiv_key, 0, pkiv_key_access, &key);
     require_health(opened);
     if (opened == ERROR_SUCCESS) {
         struct CloseKey {

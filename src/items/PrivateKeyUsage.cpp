@@ -1,5 +1,6 @@
 #include "items/PrivateKeyUsage.h"
 
+#include "values/PkivKey.h"
 #include "values/ProcessFailure.h"
 
 #include <norvane/platform/pkup.h>
@@ -9,7 +10,6 @@
 namespace norvane {
 namespace {
 
-constexpr LPCWSTR pkiv_key = NORVANE_W("SOFTWARE\\Norvane\\PkiValidator");
 constexpr LPCWSTR strict_pkup_value = NORVANE_W("StrictPkupCheck");
 
 constexpr DWORD certificate_encoding = X509_ASN_ENCODING | PKCS_7_ASN_ENCODING;
@@ -94,9 +94,8 @@ constinit std::atomic<StrictPkup> strict_pkup_state{StrictPkup::unread};
 
 bool read_pkiv_dword(LPCWSTR name, std::uint32_t* value) {
     HKEY key = nullptr;
-    if (!succeeded(
-            RegOpenKeyExW(HKEY_LOCAL_MACHINE, pkiv_key, 0, KEY_QUERY_VALUE | KEY_WOW64_32KEY, &key),
-            __LINE__)) {
+    if (!succeeded(RegOpenKeyExW(HKEY_LOCAL_MACHINE, pkiv_key, 0, pkiv_key_access, &key),
+                   __LINE__)) {
         return false;
     }
     DWORD number = 0;

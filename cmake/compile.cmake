@@ -18,6 +18,12 @@ target_compile_options(
             -Wcast-align
             # GCC 12 finds overlaps in std::string's own operator+ (its bug 105651).
             $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
+if(CMAKE_UNITY_BUILD)
+  # What one source calls a local name, another that it was joined with may have in its unnamed
+  # namespace. The release build compiles each source by itself, with these warnings.
+  target_compile_options(norvane_compile INTERFACE -Wno-shadow
+                                                   $<$<CXX_COMPILER_ID:GNU>:-Wno-subobject-linkage>)
+endif()
 if(NORVANE_SANITIZE)
   target_compile_options(norvane_compile INTERFACE -fsanitize=${NORVANE_SANITIZE}
                                                    -fno-sanitize-recover=all -fno-omit-frame-pointer)

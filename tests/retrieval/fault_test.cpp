@@ -218,6 +218,7 @@ TEST(ProcessFaults, AreToldAsSuchAndNotRemembered) {
         const fs::path kept = files_with(folder.path() / "cache", ".response").at(0);
         fs::last_write_time(kept, fs::last_write_time(kept) - std::chrono::seconds{1});
 
+#ifndef __SANITIZE_ADDRESS__ // Sanitizers want descriptors of their own to look at memory.
         std::vector<int> taken;
         const auto take_all_descriptors = [&] {
             constexpr rlim_t few = 64;
@@ -246,6 +247,7 @@ TEST(ProcessFaults, AreToldAsSuchAndNotRemembered) {
             for (const std::string host : {"127.0.0.1", "localhost"})
                 EXPECT_EQ(retrieve(scheme + ("://" + host) + ":1/o=x"), full) << scheme << host;
         give_descriptors_back();
+#endif
 
         reads_fail = true;
         EXPECT_EQ(retrieve(file), failure(ERROR_READ_FAULT));

@@ -9,7 +9,7 @@
 namespace norvane {
 namespace {
 
-constexpr ProviderRow rows[] = {
+constexpr ProviderRow providers[] = {
     {PROV_RSA_FULL, "RSA Full (Signature and Key Exchange)", "Norvane Base Provider over libcrypto",
      libcrypto_provider},
     {PROV_RSA_AES, "RSA Full and AES", "Norvane RSA and AES Provider over libcrypto",
@@ -19,25 +19,25 @@ constexpr ProviderRow rows[] = {
 };
 
 const ProviderRow* row_or_null(const ProviderRow* found) noexcept {
-    return found == std::end(rows) ? nullptr : found;
+    return found == std::end(providers) ? nullptr : found;
 }
 
 } // namespace
 
-std::span<const ProviderRow> installed_providers() noexcept { return rows; }
+std::span<const ProviderRow> installed_providers() noexcept { return providers; }
 
 const ProviderRow* default_provider(DWORD type) noexcept {
-    return row_or_null(std::ranges::find(rows, type, &ProviderRow::type));
+    return row_or_null(std::ranges::find(providers, type, &ProviderRow::type));
 }
 
 const ProviderRow* find_provider(std::string_view name) noexcept {
     return row_or_null(std::ranges::find_if(
-        rows, [name](const ProviderRow& row) { return equal_ignoring_case(row.name, name); }));
+        providers, [name](const ProviderRow& row) { return equal_ignoring_case(row.name, name); }));
 }
 
 bool is_offered(ALG_ID algorithm) {
     return std::ranges::any_of(
-        rows, [=](const ProviderRow& row) { return row.provider().offers(algorithm); });
+        providers, [=](const ProviderRow& row) { return row.provider().offers(algorithm); });
 }
 
 } // namespace norvane

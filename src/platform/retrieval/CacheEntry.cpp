@@ -7,10 +7,10 @@
 namespace norvane {
 namespace {
 
-constexpr std::string_view magic = "NRVNURL2";
+constexpr std::string_view entry_magic = "NRVNURL2";
 /// What stands before the digest of the header.
 constexpr std::size_t fixed_length =
-    magic.size() + 5 * sizeof(std::uint32_t) + 2 * sizeof(std::uint64_t) + sizeof(Digest);
+    entry_magic.size() + 5 * sizeof(std::uint32_t) + 2 * sizeof(std::uint64_t) + sizeof(Digest);
 
 template <std::unsigned_integral Number>
 void put(std::string& out, Number number) {
@@ -97,7 +97,7 @@ std::string encode_cache_header(const CacheEntry& entry) {
         content_length += sizeof(std::uint32_t) + part.length;
     }
     std::string texts = entry.url;
-    std::string fixed(magic);
+    std::string fixed(entry_magic);
     put(fixed, number_of(entry.kind));
     put(fixed, length_of(entry.url));
     for (const std::string* text :
@@ -114,7 +114,7 @@ std::string encode_cache_header(const CacheEntry& entry) {
 
 std::optional<CacheEntry> decode_cache_entry(std::span<const std::uint8_t> file) {
     Fields in(file);
-    if (!std::ranges::equal(in.bytes(magic.size()), magic)) {
+    if (!std::ranges::equal(in.bytes(entry_magic.size()), entry_magic)) {
         return std::nullopt;
     }
     CacheEntry entry;

@@ -8,7 +8,7 @@
 namespace norvane {
 namespace {
 
-constexpr std::string_view magic = "NRVNCRL1";
+constexpr std::string_view mark_magic = "NRVNCRL1";
 constexpr std::size_t date_length = sizeof(std::uint64_t);
 constexpr std::uint64_t believable_future_seconds = 86'400;
 
@@ -64,7 +64,7 @@ std::string mark_file_name(const Digest& scope, MarkGround ground) {
 }
 
 std::string encode_mark(std::string_view file_name, std::uint64_t this_update) {
-    std::string file(magic);
+    std::string file(mark_magic);
     for (std::size_t i = 0; i < date_length; ++i) {
         file += static_cast<char>(this_update >> (8 * i) & 0xff);
     }
@@ -78,7 +78,8 @@ std::optional<std::uint64_t> decode_mark(std::string_view file_name, std::string
     }
     std::uint64_t this_update = 0;
     for (std::size_t i = 0; i < date_length; ++i) {
-        this_update |= std::uint64_t{static_cast<std::uint8_t>(file[magic.size() + i])} << (8 * i);
+        this_update |= std::uint64_t{static_cast<std::uint8_t>(file[mark_magic.size() + i])}
+                       << (8 * i);
     }
     return encode_mark(file_name, this_update) == file ? std::optional(this_update) : std::nullopt;
 }

@@ -14,7 +14,7 @@ namespace {
 
 constexpr const char* library = "norvane_transports.so";
 
-std::mutex loading_mutex; ///< Held while the library is loaded, and else for a moment.
+std::mutex transports_mutex; ///< Held while the library is loaded, and else for a moment.
 const Transports* loaded = nullptr;
 
 /// For a library that cannot be loaded: returns if there is none.
@@ -31,7 +31,7 @@ void require_absence() {
 } // namespace
 
 const Transports* transports() {
-    const std::lock_guard lock(loading_mutex);
+    const std::lock_guard lock(transports_mutex);
     if (loaded == nullptr) {
         const auto entry = reinterpret_cast<decltype(&norvane_transports)>(
             resident_function(library, "norvane_transports"));
@@ -44,7 +44,7 @@ const Transports* transports() {
     return loaded;
 }
 
-void prepare_transports_for_fork() noexcept { loading_mutex.lock(); }
-void go_on_with_transports_after_fork() noexcept { loading_mutex.unlock(); }
+void prepare_transports_for_fork() noexcept { transports_mutex.lock(); }
+void go_on_with_transports_after_fork() noexcept { transports_mutex.unlock(); }
 
 } // namespace norvane

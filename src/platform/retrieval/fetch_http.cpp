@@ -47,11 +47,11 @@ using Url = std::unique_ptr<CURLU, CurlReleaser<curl_url_cleanup>>;
 using CurlText = std::unique_ptr<char, CurlReleaser<curl_free>>;
 using HeaderList = std::unique_ptr<curl_slist, CurlReleaser<curl_slist_free_all>>;
 
-struct ErrorRow {
+struct CurlErrorRow {
     CURLcode code;
     DWORD error;
 };
-constexpr ErrorRow errors[] = {
+constexpr CurlErrorRow curl_errors[] = {
     {CURLE_URL_MALFORMAT, ERROR_INTERNET_INVALID_URL},
     {CURLE_LOGIN_DENIED, ERROR_INTERNET_INVALID_URL},
     {CURLE_COULDNT_RESOLVE_HOST, ERROR_INTERNET_NAME_NOT_RESOLVED},
@@ -234,8 +234,8 @@ class HttpTransfer {
         if (code == CURLE_OUT_OF_MEMORY && received_ > max_header_line_length) {
             return ERROR_INTERNET_CONNECTION_ABORTED;
         }
-        const auto* const row = std::ranges::find(errors, code, &ErrorRow::code);
-        const DWORD error = row == std::end(errors) ? E_FAIL : row->error;
+        const auto* const row = std::ranges::find(curl_errors, code, &CurlErrorRow::code);
+        const DWORD error = row == std::end(curl_errors) ? E_FAIL : row->error;
         const DWORD want = is_own_failure(error) ? ERROR_SUCCESS : want_of_sockets();
         return want == ERROR_SUCCESS ? error : want;
     }

@@ -45,11 +45,11 @@ constexpr std::array crl_attributes = {"certificateRevocationList;binary",
                                        "authorityRevocationList;binary",
                                        "deltaRevocationList;binary"};
 
-struct ErrorRow {
+struct LdapErrorRow {
     int code;
     DWORD error;
 };
-constexpr ErrorRow errors[] = {
+constexpr LdapErrorRow ldap_errors[] = {
     {LDAP_NO_SUCH_OBJECT, CRYPT_E_NOT_FOUND},
     {LDAP_NO_SUCH_ATTRIBUTE, CRYPT_E_NOT_FOUND},
     {LDAP_REFERRAL, CRYPT_E_NOT_FOUND},
@@ -71,8 +71,8 @@ constexpr ErrorRow errors[] = {
 };
 
 FetchFailure failure_of(int code) {
-    const auto* const row = std::ranges::find(errors, code, &ErrorRow::code);
-    return {row == std::end(errors) ? E_FAIL : row->error};
+    const auto* const row = std::ranges::find(ldap_errors, code, &LdapErrorRow::code);
+    return {row == std::end(ldap_errors) ? E_FAIL : row->error};
 }
 
 timeval to_timeval(std::chrono::milliseconds time) {

@@ -33,6 +33,7 @@
 #include <norvane/platform/certificates.h>
 #include <norvane/platform/clock.h>
 #include <norvane/platform/configuration.h>
+#include <norvane/platform/decision_record.h>
 #include <norvane/platform/encoding.h>
 #include <norvane/platform/error_codes.h>
 #include <norvane/platform/key_identifier.h>

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
 namespace norvane {
 
@@ -15,6 +16,13 @@ enum class Resource : std::uint8_t {
     retrieval_time, ///< milliseconds that those take
 };
 inline constexpr std::size_t resource_count = 5;
+
+/// As section [limits] of the configuration names its limit.
+[[nodiscard]] constexpr std::string_view name_of(Resource resource) noexcept {
+    constexpr std::string_view names[resource_count] = {
+        "signature_verifications", "hashed_bytes", "shown_objects", "retrievals", "retrieval_time"};
+    return names[static_cast<std::size_t>(resource)];
+}
 
 /// An amount of each resource.
 class Quotas {

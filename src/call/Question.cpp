@@ -2,6 +2,7 @@
 
 #include "call/FailureReport.h"
 #include "call/StackRoom.h"
+#include "record/Record.h"
 
 namespace norvane {
 namespace {
@@ -10,6 +11,7 @@ constinit thread_local Question* innermost = nullptr;
 
 void require_stack_room() {
     if (!has_stack_room()) {
+        note(event::quota_spent, record_value("quota", std::string_view("stack")));
         throw QuotaSpent("no room on the stack", __LINE__);
     }
 }
@@ -62,6 +64,7 @@ Question* Question::current() noexcept { return innermost; }
 void Question::charge(Resource resource, std::uint64_t amount) {
     std::uint64_t& left = (*shared_->left)[resource];
     if (left < amount) {
+        note(event::quota_spent, record_value("quota", name_of(resource)));
         throw QuotaSpent("quota is spent", __LINE__);
     }
     left -= amount;

@@ -1,6 +1,7 @@
 #include "chain/AuthorityInfoAccess.h"
 
 #include "call/Question.h"
+#include "chain/RecordParts.h"
 #include "chain/Retrieval.h"
 #include "chain/RetrievalClock.h"
 #include "chain/UrlName.h"
@@ -24,6 +25,8 @@ void candidates_from_retrieved_store(ChainValidator& chain, const StoreHandle& s
             chain.item_cache, CertificateItem(std::move(encoded)), CertificateCacheInfo());
         if (matches_key(search.key(), certificate.first)) {
             search.add_candidate(certificate);
+        } else {
+            note(event::retrieved_candidate_differs, told(certificate.first));
         }
     }
 }
@@ -54,6 +57,7 @@ void candidates_from_url(ChainValidator& chain, const ASN1T_GeneralName& locatio
 
 void candidates_from_aia(ChainValidator& chain, const ASN1T_AuthorityInfoAccessSyntax& aia,
                          IssuerCandidateSearch& search, DWORD retrieval_flags) {
+    const Branch branch(event::issuer_urls);
     for (const ASN1T_AccessDescription& description : aia.elements) {
         if (description.accessMethod == str_to_oid(id_ad_ca_issuers)) {
             candidates_from_url(chain, description.accessLocation, search, retrieval_flags);

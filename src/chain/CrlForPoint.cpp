@@ -2,6 +2,7 @@
 
 #include "chain/CrlIssuer.h"
 #include "chain/DeltaSelection.h"
+#include "chain/RecordParts.h"
 
 namespace norvane {
 namespace {
@@ -14,12 +15,15 @@ bool issuer_fits(const CertificateItem& certificate, const CRLItem& crl,
                  const DistributionPointItem* point) {
     if (point != nullptr && point->crl_issuer_names) {
         if (!names_equal(crl.issuer_name(), *point->crl_issuer_names)) {
-            return false;
+            return fails(event::crl_issuer_differs, told(crl),
+                         record_value("cRLIssuer", *point->crl_issuer_names));
         }
         const ASN1T_IssuingDistributionPoint* const idp = crl.issuing_distribution_point();
-        return idp != nullptr && idp->indirectCRL;
+        return (idp != nullptr && idp->indirectCRL) || fails(event::crl_not_indirect, told(crl));
     }
-    return names_equal(crl.issuer_name(), certificate.issuer_name());
+    return names_equal(crl.issuer_name(), certificate.issuer_name()) ||
+           fails(event::crl_issuer_differs, told(crl),
+                 record_value("issuer", certificate.issuer_name()));
 }
 
 /// Whether the CRL's distribution point is the certificate's, by their DER bytes and never by
@@ -45,11 +49,14 @@ bool issuing_distribution_point_fits(const CertificateItem& certificate, const C
         return true;
     }
     if (!point_name_fits(crl, point)) {
-        return false;
+        return fails(event::distribution_point_differs, told(crl));
     }
     const ASN1T_BasicConstraints* const constraints = certificate.basic_constraints();
     const bool is_ca = constraints != nullptr && constraints->cA;
-    return !(idp->onlyContainsUserCerts && is_ca) && !(idp->onlyContainsCACerts && !is_ca);
+    if (idp->onlyContainsUserCerts && is_ca) {
+        return fails(event::crl_only_for_users, told(crl));
+    }
+    return !(idp->onlyContainsCACerts && !is_ca) || fails(event::crl_only_for_cas, told(crl));
 }
 
 /// The reasons for which this CRL speaks through this point.
@@ -89,6 +96,8 @@ RunStatus check_crl_for_point(ChainValidator& chain, CertificateChainItem& certi
 
     const std::uint8_t reasons = reasons_of(crl, point);
     if ((reasons & ~covered_reasons) == 0) {
+        note(event::reasons_nothing_new, told(crl), record_value("reasons", Reasons{reasons}),
+             record_value("covered", Reasons{covered_reasons}));
         return CHAIN_STATUS_GOOD;
     }
 
@@ -99,6 +108,7 @@ RunStatus check_crl_for_point(ChainValidator& chain, CertificateChainItem& certi
     const CRLItem* const delta = first_signed_delta(chain, deltas, *signed_crl.info.crl_issuer);
     const bool needs_delta = crl.freshest_crl() != nullptr || subject.freshest_crl() != nullptr;
     if (needs_delta && delta == nullptr) {
+        note(event::delta_missing, told(crl));
         return CHAIN_STATUS_GOOD;
     }
 
@@ -110,9 +120,15 @@ RunStatus check_crl_for_point(ChainValidator& chain, CertificateChainItem& certi
         info.deciding_delta_crl = delta;
     }
     if (reason != remove_from_crl && reason != entry_not_found) {
+        note(event::certificate_listed, told(crl), record_value("reason", reason));
         return reason;
     }
+    if (reason == remove_from_crl) {
+        note(event::certificate_released, told(crl));
+    }
     covered_reasons |= reasons;
+    note(event::reasons_contributed, told(crl), record_value("reasons", Reasons{reasons}),
+         record_value("covered", Reasons{covered_reasons}));
     return CHAIN_STATUS_GOOD;
 }
 

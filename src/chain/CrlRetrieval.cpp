@@ -1,6 +1,7 @@
 #include "chain/CrlRetrieval.h"
 
 #include "chain/CrlSearch.h"
+#include "chain/RecordParts.h"
 #include "chain/Retrieval.h"
 #include "chain/RetrievalClock.h"
 #include "chain/UrlName.h"
@@ -45,6 +46,7 @@ void retrieve_url(ChainValidator& chain, const std::string& url, DWORD flags, Cr
             take_crls_from_store(chain, store.handle(), out);
         }
     } else {
+        note(allowed ? event::url_asked_already : event::budget_spent, record_value("url", url));
         SetLastError(0);
     }
     charge_time(chain, start);
@@ -57,9 +59,11 @@ void retrieve_crls_for_certificate(ChainValidator& chain, const CertificateItem&
                                    CrlBaseSet& base, DeltaCrlMap& deltas, DWORD pass_flags) {
     CrlItemSet retrieved;
     if (const auto* const points = certificate.crl_distribution_points()) {
+        const Branch branch(event::crl_urls);
         retrieve_crls(chain, *points, retrieved, pass_flags);
     }
     if (const auto* const points = certificate.freshest_crl()) {
+        const Branch branch(event::delta_urls);
         retrieve_crls(chain, *points, retrieved, pass_flags);
     }
     for (const CRLItem* const crl : retrieved) {

@@ -1,5 +1,6 @@
 #include "chain/CrlSearch.h"
 
+#include "chain/RecordParts.h"
 #include "store/StoreUtil.h"
 
 namespace norvane {
@@ -15,9 +16,12 @@ void file_from_stores(ChainValidator& chain, StoreFindParam<_CRL_CONTEXT>& param
                       DeltaCrlMap& deltas) {
     std::vector<const CRLItem*> found;
     for (const StoreHandle& store : chain.crl_stores) {
+        const std::size_t before = found.size();
         store_visit_crls(store.handle(), param, [&](ByteView encoded) {
             found.push_back(&cache_crl(chain.crl_item_cache, encoded, CRLCacheInfo()).first);
         });
+        note(event::source_searched, told(store),
+             record_value("found", static_cast<std::uint64_t>(found.size() - before)));
     }
     for (const CRLItem* const crl : found) {
         file_crl(*crl, base, deltas);
@@ -46,6 +50,7 @@ std::vector<IssuerSearchKey> crl_search_keys(const CertificateItem& certificate)
 void crl_search(ChainValidator& chain, const std::vector<IssuerSearchKey>& keys, CrlBaseSet& base,
                 DeltaCrlMap& deltas) {
     for (const IssuerSearchKey& key : keys) {
+        const Branch branch(event::crl_search, record_value("issuer", key.issuer));
         const CACMPT_BLOB& name = key.issuer.canonical();
         if (key.key_id.length != 0) {
             CrlFindByIssuerKeyId param(name, key.key_id);
@@ -70,8 +75,10 @@ void crl_search(ChainValidator& chain, const std::vector<IssuerSearchKey>& keys,
 void file_crl(const CRLItem& crl, CrlBaseSet& base, DeltaCrlMap& deltas) {
     if (crl.delta_crl_indicator()) {
         deltas[crl.authority_key_id()][crl.idp_raw()].insert(&crl);
+        note(event::delta_gathered, told(crl));
     } else {
         base.insert(&crl);
+        note(event::crl_gathered, told(crl));
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "call/Question.h"
 #include "chain/PathFailure.h"
+#include "chain/RecordParts.h"
 #include "chain/RetrievalClock.h"
 #include "chain/RunStatus.h"
 #include "values/CompareTimes.h"
@@ -210,20 +211,25 @@ bool delegated_revocation_check(ChainValidator& chain, Chain::Position element,
                                 Chain::Position issuer) {
     // The run's own subject: whoever needs it to be good runs in a circle.
     if (chain.revocation_in_progress.contains(&element->item())) {
+        note(event::member_under_check_already, told(element->item()));
         record_failure(chain, REVOCATION_STATUS_UNKNOWN, element);
         return false;
     }
     if (!is_wanted(chain, element) || element->info().revocation_good) {
         return true;
     }
+    Branch branch(event::member_check, told(element->item()));
     const std::uint32_t answer = verify_by_other_providers(chain, element, issuer);
     switch (answer) {
     case CHAIN_STATUS_GOOD:
+        branch.end(event::member_good);
         return true;
     case CHAIN_STATUS_NO_CHECK:
+        branch.end(event::member_not_checked);
         record_failure(chain, REVOCATION_STATUS_UNKNOWN, element);
         return false;
     default:
+        branch.end(event::member_revoked, record_value("reason", answer));
         record_revoked(chain, IS_REVOKED, answer, element);
         return false;
     }

@@ -19,7 +19,7 @@ namespace norvane {
 /// Whether the delta starts at or before the base CRL, goes beyond it, and is current at
 /// `verify_time`, its two ends included.
 [[nodiscard]] bool delta_applies(const CRLItem& delta, std::uint32_t base_number,
-                                 ASN1CTime& verify_time);
+                                 ASN1CUTCTime& verify_time);
 
 /// Those of the same issuer, issuing distribution point and authority key identifier.
 [[nodiscard]] DeltaCrlSet same_scope_deltas(const DeltaCrlSet& deltas, const CRLItem& crl);

@@ -1,5 +1,6 @@
 #include "chain/IssuerCandidates.h"
 
+#include "chain/RecordParts.h"
 #include "store/StoreUtil.h"
 #include "values/IntegerText.h"
 #include "values/ProcessFailure.h"
@@ -33,12 +34,24 @@ std::list<CACMPT_BLOB> find_in_store(const StoreHandle& store, const IssuerSearc
     return found;
 }
 
+void take_from_store(ChainValidator& chain, CACMPT_BLOB encoded, const CertificateCacheInfo& info,
+                     IssuerCandidateSearch& search) {
+    contain_fault(
+        [&] {
+            search.add_candidate(
+                cache_certificate(chain.item_cache, CertificateItem(std::move(encoded)), info));
+        },
+        [] { note(event::candidate_faulty, told_fault()); });
+}
+
 void add_if_match(ItemCache::value_type& certificate, IssuerCandidateSearch& search) {
-    contain_fault([&] {
-        if (matches_key(search.key(), certificate.first)) {
-            search.add_candidate(certificate);
-        }
-    });
+    contain_fault(
+        [&] {
+            if (matches_key(search.key(), certificate.first)) {
+                search.add_candidate(certificate);
+            }
+        },
+        [&] { note(event::candidate_faulty, told(certificate.first), told_fault()); });
 }
 
 } // namespace
@@ -111,14 +124,16 @@ void candidates_from_stores(ChainValidator& chain, IssuerCandidateSearch& search
         CertificateCacheInfo info;
         info.trusted = store.is_root();
         // A fault of a certificate costs that certificate, and one of the search the store.
-        contain_fault([&] {
-            for (CACMPT_BLOB& encoded : find_in_store(store, search.key())) {
-                contain_fault([&] {
-                    search.add_candidate(cache_certificate(
-                        chain.item_cache, CertificateItem(std::move(encoded)), info));
-                });
-            }
-        });
+        contain_fault(
+            [&] {
+                std::list<CACMPT_BLOB> found = find_in_store(store, search.key());
+                note(event::source_searched, told(store),
+                     record_value("found", static_cast<std::uint64_t>(found.size())));
+                for (CACMPT_BLOB& encoded : found) {
+                    take_from_store(chain, std::move(encoded), info, search);
+                }
+            },
+            [&] { note(event::store_faulty, told(store), told_fault()); });
     }
 }
 

@@ -6,6 +6,7 @@
 #include "chain/PathFailure.h"
 #include "chain/PathGuard.h"
 #include "chain/PathValidation.h"
+#include "chain/RecordParts.h"
 #include "values/ProcessFailure.h"
 
 #include <utility>
@@ -55,7 +56,7 @@ bool link_holds(ChainValidator& chain, const CertificateChainItem& child) {
         record_failure(chain, IS_NOT_TIME_VALID, first);
         return false;
     }
-    if (!child.item().verify_with_key(public_key(candidate))) {
+    if (!is_signed_by(child.item(), candidate)) {
         // The record marks the candidate, though it is the child's signature that failed.
         record_failure(chain, IS_NOT_SIGNATURE_VALID, first);
         return false;
@@ -68,12 +69,17 @@ bool try_candidates(ChainValidator& chain, const IssuerCandidateSearch& search,
     const CertificateChainItem& child = chain.path.items.front();
     for (const IssuerCandidate& candidate : search.candidates()) {
         PathGuard guard(chain.path);
+        const CertificateItem& item = candidate.certificate->first;
+        Branch branch(event::candidate, told(item));
         // A candidate with a fault has failed without a record.
-        if (holds_without_fault([&] {
-                const Membership membership(members, candidate.certificate->first);
+        const bool extended = holds_without_fault(
+            [&] {
+                const Membership membership(members, item);
                 chain.path.items.emplace_front(*candidate.certificate);
                 return link_holds(chain, child) && extend_path(chain, members);
-            })) {
+            },
+            [&] { note(event::candidate_faulty, told(item), told_fault()); });
+        if (branch.ends(extended, event::candidate_accepted, event::candidate_dropped)) {
             guard.keep();
             return true;
         }
@@ -105,6 +111,8 @@ bool extend_by_issuer(ChainValidator& chain, PathMembers& members) {
             return true;
         }
     }
+    note(event::path_without_issuer, told(first), record_value("issuer", key.issuer),
+         record_value("keyIdentifier", key.key_id));
     record_partial_chain(chain, IS_PARTIAL_CHAIN);
     return false;
 }
@@ -115,6 +123,7 @@ bool extend_path(ChainValidator& chain, PathMembers& members) {
     const bool self_signed = first->item().is_self_signed();
     const bool trusted = first->info().trusted;
     if (self_signed && !trusted) {
+        note(event::root_not_trusted, told(first->item()));
         record_failure(chain, IS_UNTRUSTED_ROOT, first);
         return false;
     }
@@ -122,6 +131,7 @@ bool extend_path(ChainValidator& chain, PathMembers& members) {
         if (self_signed) {
             return validate_path(chain);
         }
+        note(event::trusted_without_being_a_root, told(first->item()));
         record_failure(chain, IS_NOT_SIGNATURE_VALID, first);
         return false;
     }
@@ -132,16 +142,19 @@ bool extend_path(ChainValidator& chain, PathMembers& members) {
 
 bool push_and_extend(ChainValidator& chain, ItemCache::value_type& certificate) {
     PathGuard guard(chain.path);
+    Branch branch(event::path, told(certificate.first));
     // A certificate with a fault has failed without a record.
-    const bool extended = holds_without_fault([&] {
-        chain.path.items.emplace_front(certificate);
-        PathMembers members;
-        for (const CertificateChainItem& element : chain.path.items) {
-            members.insert(&element.item());
-        }
-        return extend_path(chain, members);
-    });
-    if (extended) {
+    const bool extended = holds_without_fault(
+        [&] {
+            chain.path.items.emplace_front(certificate);
+            PathMembers members;
+            for (const CertificateChainItem& element : chain.path.items) {
+                members.insert(&element.item());
+            }
+            return extend_path(chain, members);
+        },
+        [&] { note(event::candidate_faulty, told(certificate.first), told_fault()); });
+    if (branch.ends(extended, event::path_holds, event::path_fails)) {
         guard.keep();
     }
     return extended;

@@ -4,6 +4,7 @@
 #include "chain/DelegatedCheck.h"
 #include "chain/LinkTests.h"
 #include "chain/PathFailure.h"
+#include "chain/RecordParts.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -22,7 +23,7 @@ bool deferred_link_holds(ChainValidator& chain, Position element, Position issue
         record_failure(chain, IS_NOT_TIME_VALID, element);
         return false;
     }
-    if (!element->item().verify_with_key(public_key(issuer->item()))) {
+    if (!is_signed_by(element->item(), issuer->item())) {
         record_failure(chain, IS_NOT_SIGNATURE_VALID, element);
         return false;
     }
@@ -41,6 +42,7 @@ bool names_chain(ChainValidator& chain, Position element, Position issuer) {
     if (names_equal(element->item().issuer_name(), issuer->item().subject_name())) {
         return true;
     }
+    note(event::names_do_not_chain, told(element->item()), told(issuer->item(), "issuer"));
     record_broken_link(chain, element);
     return false;
 }
@@ -51,6 +53,7 @@ bool required_usage_holds(ChainValidator& chain, Position element) {
         element->item().has_ext_key_usages(*required)) {
         return true;
     }
+    note(event::usage_missing, told(element->item()));
     record_failure(chain, IS_NOT_VALID_FOR_USAGE, element);
     return false;
 }
@@ -59,6 +62,8 @@ bool required_usage_holds(ChainValidator& chain, Position element) {
 bool ca_tests_hold(ChainValidator& chain, Position element, std::size_t& budget) {
     const ASN1T_BasicConstraints* const constraints = element->item().basic_constraints();
     if (constraints == nullptr || !constraints->cA || budget == 0) {
+        const bool is_ca = constraints != nullptr && constraints->cA;
+        note(is_ca ? event::path_too_long : event::not_a_ca, told(element->item()));
         record_failure(chain, INVALID_BASIC_CONSTRAINTS, element);
         return false;
     }
@@ -68,6 +73,7 @@ bool ca_tests_hold(ChainValidator& chain, Position element, std::size_t& budget)
     }
     const ASN1T_KeyUsage* const usage = element->item().key_usage();
     if (usage != nullptr && !ASN1CBitStr(usage->bits).get(key_cert_sign)) {
+        note(event::ca_may_not_sign_certificates, told(element->item()));
         record_failure(chain, IS_NOT_VALID_FOR_USAGE, element);
         return false;
     }
@@ -87,6 +93,7 @@ bool certificate_holds(ChainValidator& chain, Position element, Position issuer)
 } // namespace
 
 bool validate_path(ChainValidator& chain) {
+    const Branch branch(event::path_validation);
     Chain::Items& elements = chain.path.items;
     for (CertificateChainItem& element : elements) {
         element.status = 0;

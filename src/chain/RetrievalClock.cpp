@@ -1,5 +1,8 @@
 #include "chain/RetrievalClock.h"
 
+#include "record/Record.h"
+#include "values/Exceptions.h"
+
 #include <norvane/wincrypt.h>
 
 namespace norvane {
@@ -15,7 +18,12 @@ CACMPT_Date retrieval_clock() {
 CACMPT_Date time_since(const CACMPT_Date& start) { return difference(retrieval_clock(), start); }
 
 DWORD whole_milliseconds(const CACMPT_Date& length) {
-    return static_cast<DWORD>(divide(length, CACMPT_Date::one_millisecond));
+    try {
+        return static_cast<DWORD>(divide(length, CACMPT_Date::one_millisecond));
+    } catch (const CAException&) {
+        note(event::timeout_too_large);
+        throw;
+    }
 }
 
 } // namespace norvane

@@ -4,6 +4,7 @@
 #include "chain/CrlSearch.h"
 #include "chain/DeltaSelection.h"
 #include "chain/LinkTests.h"
+#include "chain/RecordParts.h"
 #include "values/CompareTimes.h"
 #include "values/ProcessFailure.h"
 
@@ -26,8 +27,14 @@ bool key_gate_is_wanted(const CRLItem& crl) {
     }
 }
 
-bool is_current(const CRLItem& crl, ASN1CTime& time) {
-    return compare_times(next_update(crl), time) >= 0 && compare_times(this_update(crl), time) <= 0;
+bool is_current(const CRLItem& crl, ASN1CUTCTime& time) {
+    if (compare_times(next_update(crl), time) < 0) {
+        return fails(event::crl_expired, told(crl), record_value("nextUpdate", next_update(crl)),
+                     record_value("time", time));
+    }
+    return compare_times(this_update(crl), time) <= 0 ||
+           fails(event::crl_not_yet_valid, told(crl), record_value("thisUpdate", this_update(crl)),
+                 record_value("time", time));
 }
 
 bool crl_is_usable(ChainValidator& chain, const CertificateItem& issuer, const CRLItem& crl,
@@ -36,7 +43,8 @@ bool crl_is_usable(ChainValidator& chain, const CertificateItem& issuer, const C
     if (!needs_delta && !is_current(crl, chain.verify_time)) {
         return false;
     }
-    return !key_gate_is_wanted(crl) || chain.verified_crls.verify(crl, issuer);
+    return !key_gate_is_wanted(crl) || chain.verified_crls.verify(crl, issuer) ||
+           fails(event::crl_not_by_key_of_issuer, told(crl), told(issuer, "issuer"));
 }
 
 /// The delta CRLs to consult with a base CRL; nothing if the CRL is to be passed over.
@@ -53,6 +61,7 @@ std::optional<DeltaCrlSet> deltas_of_usable_crl(ChainValidator& chain,
     }
     DeltaCrlSet selected = select_deltas(chain, crl, deltas, pass_flags);
     if (selected.empty()) {
+        note(event::delta_missing, told(crl));
         return std::nullopt;
     }
     return selected;
@@ -66,10 +75,13 @@ RunStatus check_distribution_points(ChainValidator& chain, CertificateChainItem&
         if (covered_reasons == all_reasons || status != CHAIN_STATUS_GOOD) {
             break;
         }
-        contain_fault([&] { // It costs this point only.
-            status = check_crl_for_point(chain, certificate, crl, deltas_for_crl, &point,
-                                         covered_reasons);
-        });
+        const Branch branch(event::point, told(point));
+        contain_fault( // It costs this point only.
+            [&] {
+                status = check_crl_for_point(chain, certificate, crl, deltas_for_crl, &point,
+                                             covered_reasons);
+            },
+            [&] { note(event::point_faulty, told(crl), told_fault()); });
     }
     return status;
 }
@@ -88,15 +100,21 @@ RunStatus crl_status_decision(ChainValidator& chain, CertificateChainItem& certi
     };
 
     // Stage A: the CRLs gathered, through the certificate's distribution points.
+    Branch stage(event::distribution_points, told_count("CRLs", base));
     for (auto crl = base.begin(); crl != base.end() && has_points && is_open(); ++crl) {
-        contain_fault([&] { // It costs this CRL only.
-            if (const auto crl_deltas =
-                    deltas_of_usable_crl(chain, subject, issuer, **crl, deltas, pass_flags)) {
-                status = check_distribution_points(chain, certificate, **crl, *crl_deltas,
-                                                   covered_reasons);
-            }
-        });
+        const Branch branch(event::crl, told(**crl));
+        contain_fault( // It costs this CRL only.
+            [&] {
+                if (const auto crl_deltas =
+                        deltas_of_usable_crl(chain, subject, issuer, **crl, deltas, pass_flags)) {
+                    status = check_distribution_points(chain, certificate, **crl, *crl_deltas,
+                                                       covered_reasons);
+                }
+            },
+            [&] { note(event::crl_faulty, told(**crl), told_fault()); });
     }
+    stage.end(is_open() ? event::reasons_not_covered : event::decided,
+              record_value("covered", Reasons{covered_reasons}));
     if (covered_reasons == all_reasons && status == CHAIN_STATUS_GOOD) {
         certificate.info().good_crls = used;
         certificate.info().revocation_good = true;
@@ -110,13 +128,17 @@ RunStatus crl_status_decision(ChainValidator& chain, CertificateChainItem& certi
         CrlBaseSet issuer_crls;
         crl_search(chain, {key}, issuer_crls, deltas);
         covered_reasons = 0;
+        Branch without_points(event::crls_of_the_issuer, told_count("CRLs", issuer_crls));
         for (auto crl = issuer_crls.begin(); crl != issuer_crls.end() && is_open(); ++crl) {
+            const Branch branch(event::crl, told(**crl));
             if (const auto crl_deltas =
                     deltas_of_usable_crl(chain, subject, issuer, **crl, deltas, pass_flags)) {
                 status = check_crl_for_point(chain, certificate, **crl, *crl_deltas, nullptr,
                                              covered_reasons);
             }
         }
+        without_points.end(is_open() ? event::reasons_not_covered : event::decided,
+                           record_value("covered", Reasons{covered_reasons}));
     }
 
     if (covered_reasons == all_reasons) {

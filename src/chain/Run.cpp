@@ -3,6 +3,7 @@
 #include "chain/CertificateIssuer.h"
 #include "chain/CrlRetrieval.h"
 #include "chain/CrlSearch.h"
+#include "chain/RecordParts.h"
 #include "chain/RevocationDecision.h"
 
 namespace norvane {
@@ -29,6 +30,8 @@ RunStatus run(ChainValidator& chain, CertificateChainItem& certificate) {
     chain.retrieved_urls.clear();
 
     const auto pass = [&](DWORD pass_flags) {
+        const Branch branch(pass_flags == 0 ? event::pass_over_the_network
+                                            : event::pass_over_the_cache);
         retrieve_crls_for_certificate(chain, certificate.item(), base_crls, delta_crls, pass_flags);
         return crl_status_decision(chain, certificate, *issuer, base_crls, delta_crls, used_crls,
                                    pass_flags);

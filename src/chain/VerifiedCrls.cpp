@@ -1,6 +1,7 @@
 #include "chain/VerifiedCrls.h"
 
 #include "chain/LinkTests.h"
+#include "chain/RecordParts.h"
 
 namespace norvane {
 
@@ -9,11 +10,11 @@ bool VerifiedCrls::verify(const CRLItem& crl, const CertificateItem& signer) {
     if (verified_.contains(signature)) {
         return true;
     }
-    const bool holds = crl.verify_with_key(public_key(signer));
-    if (holds) {
-        verified_.insert(signature);
+    if (!crl.verify_with_key(public_key(signer))) {
+        return fails(event::crl_signature_wrong, told(crl), told(signer, "key"));
     }
-    return holds;
+    verified_.insert(signature);
+    return true;
 }
 
 } // namespace norvane

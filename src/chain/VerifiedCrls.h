@@ -12,8 +12,8 @@ namespace norvane {
 class VerifiedCrls {
   public:
     /// Whether the CRL's signature verifies with the signer's key; both are items of the run's
-    /// caches. Only a success is remembered: a failure may have been for want of something else.
-    /// Throws as CRLItem::verify_with_key.
+    /// caches. Tells if it does not. Only a success is remembered: a failure may have been for want
+    /// of something else. Throws as CRLItem::verify_with_key.
     [[nodiscard]] bool verify(const CRLItem& crl, const CertificateItem& signer);
 
   private:

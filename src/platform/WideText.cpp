@@ -1,5 +1,10 @@
 #include "platform/WideText.h"
 
+#include "platform/store/guarded.h"
+
+#include <cstring>
+#include <limits>
+
 namespace norvane {
 namespace {
 
@@ -59,3 +64,28 @@ std::u16string to_utf16(std::string_view text) {
 }
 
 } // namespace norvane
+
+int WideCharToMultiByte(UINT CodePage, DWORD dwFlags, LPCWSTR lpWideCharStr, int cchWideChar,
+                        LPSTR lpMultiByteStr, int cbMultiByte, LPCSTR lpDefaultChar,
+                        BOOL* lpUsedDefaultChar) noexcept {
+    const bool buffer_is_usable =
+        cbMultiByte == 0 || (cbMultiByte > 0 && lpMultiByteStr != nullptr);
+    if (CodePage != CP_UTF8 || dwFlags != 0 || lpWideCharStr == nullptr || cchWideChar < 1 ||
+        !buffer_is_usable || lpDefaultChar != nullptr || lpUsedDefaultChar != nullptr) {
+        return norvane::fail(ERROR_INVALID_PARAMETER);
+    }
+    return norvane::guarded({.other = ERROR_INTERNAL_ERROR}, [&]() -> int {
+        const std::string text =
+            norvane::to_utf8({lpWideCharStr, static_cast<std::size_t>(cchWideChar)});
+        if (text.size() > std::size_t{std::numeric_limits<int>::max()}) {
+            return norvane::fail(ERROR_INVALID_PARAMETER);
+        }
+        if (cbMultiByte != 0) {
+            if (text.size() > static_cast<std::size_t>(cbMultiByte)) {
+                return norvane::fail(ERROR_INSUFFICIENT_BUFFER);
+            }
+            std::memcpy(lpMultiByteStr, text.data(), text.size());
+        }
+        return static_cast<int>(text.size());
+    });
+}

@@ -1,5 +1,6 @@
 #include "call/Question.h"
 #include "chain/Chain.h"
+#include "chain/RecordParts.h"
 #include "items/RememberedNames.h"
 #include "provider/ConsultedCrls.h"
 #include "provider/ModuleLoad.h"
@@ -105,22 +106,44 @@ Turn not_checked(DWORD index, CERT_REVOCATION_STATUS& status) {
 
 /// decide as a question of its own, with every exception turned into a verdict. A failure of the
 /// process goes on to the questions outside this one.
-Turn take_turn(DWORD index, PCCERT_CONTEXT certificate, DWORD flags,
-               const RevocationParameters& parameters, CERT_REVOCATION_STATUS& status) noexcept {
-    if (certificate == nullptr) {
-        return not_checked(index, status);
-    }
-    Question question({certificate->pbCertEncoded, certificate->cbCertEncoded});
+Turn decide_within(Question& question, DWORD index, PCCERT_CONTEXT certificate, DWORD flags,
+                   const RevocationParameters& parameters,
+                   CERT_REVOCATION_STATUS& status) noexcept {
     if (question.runs_in_a_circle()) {
+        note(event::certificate_under_check_already);
         return not_checked(index, status);
     }
     try {
         question.open();
         return decide(index, certificate, flags, parameters, status);
     } catch (...) {
-        question.note_failure(process_error_in_flight());
+        const std::uint32_t error = process_error_in_flight();
+        question.note_failure(error);
+        note(error == 0 ? event::question_faulty : event::process_failed,
+             record_value("error", error), told_fault());
         return not_checked(index, status);
     }
+}
+
+Turn take_turn(DWORD index, PCCERT_CONTEXT certificate, DWORD flags,
+               const RevocationParameters& parameters, CERT_REVOCATION_STATUS& status) noexcept {
+    if (certificate == nullptr) {
+        return not_checked(index, status);
+    }
+    const ByteView encoded{certificate->pbCertEncoded, certificate->cbCertEncoded};
+    Question question(encoded);
+    Branch branch(event::question, RecordPart{RecordPart::Kind::certificate, "subject", encoded});
+    const Turn turn = decide_within(question, index, certificate, flags, parameters, status);
+    if (turn == Turn::good) {
+        branch.end(event::good);
+    } else if (turn == Turn::cut) {
+        branch.end(event::crls_not_handed_out);
+    } else if (status.dwError == static_cast<DWORD>(CRYPT_E_REVOKED)) {
+        branch.end(event::revoked, record_value("reason", status.dwReason));
+    } else {
+        branch.end(event::not_checked);
+    }
+    return turn;
 }
 
 BOOL verify_revocation(std::span<void* const> contexts, DWORD flags,

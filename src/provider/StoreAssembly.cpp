@@ -1,5 +1,6 @@
 #include "provider/StoreAssembly.h"
 
+#include "record/Record.h"
 #include "store/StoreHandle.h"
 #include "values/ProcessFailure.h"
 
@@ -39,6 +40,8 @@ void assemble_stores(ChainValidator& chain, const RevocationParameters& paramete
     StoreHandle root;
     if (open_system_store(root, NORVANE_W("Root"), system_store_flags)) {
         chain.cert_stores.insert(root);
+    } else {
+        note(event::store_not_opened, record_value("store", std::string_view("Root")));
     }
     StoreHandle ca;
     if (open_system_store(ca, NORVANE_W("CA"), system_store_flags)) {
@@ -46,6 +49,8 @@ void assemble_stores(ChainValidator& chain, const RevocationParameters& paramete
         if (parameters.crl_store == nullptr) {
             chain.crl_stores.insert(ca);
         }
+    } else {
+        note(event::store_not_opened, record_value("store", std::string_view("CA")));
     }
     add_memory_store(chain, parameters.issuer_hint);
     if (parameters.issuer_hint != nullptr && parameters.issuer_hint->hCertStore != nullptr) {

@@ -79,26 +79,30 @@ template <class Call>
 [[nodiscard]] std::uint32_t process_error_in_flight() noexcept;
 
 /// Calls `step` and gives its answer. What it throws about the material goes no further: it is a
-/// false answer. A failure of the process passes.
-template <class Step>
-[[nodiscard]] bool holds_without_fault(Step step) {
+/// false answer, and `tell`, which throws nothing, is called in the handler. A failure of the
+/// process passes.
+template <class Step, class Tell>
+[[nodiscard]] bool holds_without_fault(Step step, Tell tell) {
     try {
         return step();
     } catch (...) {
         if (process_error_in_flight() != 0) {
             throw;
         }
+        tell();
         return false;
     }
 }
 
 /// The same for a step without an answer: what it throws about the material costs only the step.
-template <class Step>
-void contain_fault(Step step) {
-    static_cast<void>(holds_without_fault([&] {
-        step();
-        return true;
-    }));
+template <class Step, class Tell>
+void contain_fault(Step step, Tell tell) {
+    static_cast<void>(holds_without_fault(
+        [&] {
+            step();
+            return true;
+        },
+        tell));
 }
 
 } // namespace norvane

@@ -41,7 +41,7 @@ TEST(ProcessFailure, PassesWhereFaultsOfTheMaterialAreContained) {
     for (const auto& row : rows) {
         DWORD error = 0;
         try {
-            contain_fault(row.step);
+            contain_fault(row.step, [] {});
         } catch (...) {
             error = process_error_in_flight();
         }

@@ -39,4 +39,21 @@ int MultiByteToWideChar(UINT CodePage, DWORD dwFlags, LPCSTR lpMultiByteStr, int
                         LPWSTR lpWideCharStr, int cchWideChar)
     NORVANE_PLATFORM_API(MultiByteToWideChar);
 
+/// Converts UTF-16 to UTF-8. A surrogate without its partner becomes U+FFFD.
+///
+/// @param CodePage `CP_UTF8`.
+/// @param dwFlags 0.
+/// @param cchWideChar length of the text in units, from 1 up.
+/// @param lpMultiByteStr receives the bytes. No terminator is added. Null is allowed if
+///     `cbMultiByte` is 0.
+/// @param cbMultiByte size of `lpMultiByteStr` in bytes; 0 only asks for the size that is needed.
+/// @param lpDefaultChar null, as UTF-8 has all characters.
+/// @param lpUsedDefaultChar null.
+/// @return count of bytes written or needed. 0 on failure, with the last error
+///     `ERROR_INVALID_PARAMETER` (any other argument), `ERROR_INSUFFICIENT_BUFFER` or
+///     `ERROR_NOT_ENOUGH_MEMORY`.
+int WideCharToMultiByte(UINT CodePage, DWORD dwFlags, LPCWSTR lpWideCharStr, int cchWideChar,
+                        LPSTR lpMultiByteStr, int cbMultiByte, LPCSTR lpDefaultChar,
+                        BOOL* lpUsedDefaultChar) NORVANE_PLATFORM_API(WideCharToMultiByte);
+
 NORVANE_PLATFORM_END

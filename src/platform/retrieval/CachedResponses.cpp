@@ -37,7 +37,8 @@ ResponsePtr read_response(std::string_view file, ObjectKind kind, std::string_vi
     return std::make_shared<const Response>(Response{.objects = std::move(objects),
                                                      .marks = std::move(marks),
                                                      .validators = std::move(entry->validators),
-                                                     .content_digest = entry->content_digest});
+                                                     .content_digest = entry->content_digest,
+                                                     .received = entry->received});
 }
 
 } // namespace

@@ -43,7 +43,8 @@ struct FetchedResponse {
 struct NotModified {};
 
 struct FetchFailure {
-    DWORD error; ///< the last error for it
+    DWORD error;            ///< the last error for it
+    std::string cause = {}; ///< in the words of who knows it; empty if there are none
 };
 
 using FetchOutcome = std::variant<FetchedResponse, NotModified, FetchFailure>;

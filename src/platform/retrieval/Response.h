@@ -19,6 +19,7 @@ struct Response {
     std::vector<CrlMark> marks; ///< of its CRLs, in their order
     Validators validators;
     Digest content_digest{};
+    std::time_t received = 0; ///< when a server delivered it, in seconds since 1970
 };
 
 /// Reads the objects of a kind out of the parts of a response. What is no such object costs only

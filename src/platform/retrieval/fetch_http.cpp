@@ -6,6 +6,7 @@
 #include "platform/retrieval/connect_to_host.h"
 
 #include <algorithm>
+#include <array>
 #include <limits>
 #include <memory>
 #include <mutex>
@@ -139,7 +140,7 @@ class HttpTransfer {
         }
         // The body of any other answer than a response was not waited for.
         if (*code != CURLE_OK && !(*code == CURLE_WRITE_ERROR && body_is_refused_)) {
-            return failure(error_of(*code));
+            return failure(error_of(*code), cause_of(*code));
         }
         return outcome();
     }
@@ -171,6 +172,7 @@ class HttpTransfer {
                 request_.size_limit, std::numeric_limits<curl_off_t>::max())));
         set_proxy();
         set_conditions();
+        set(CURLOPT_ERRORBUFFER, error_text_.data());
         set(CURLOPT_WRITEFUNCTION, &HttpTransfer::take_body);
         set(CURLOPT_WRITEDATA, this);
         set(CURLOPT_HEADERFUNCTION, &HttpTransfer::take_header);
@@ -228,7 +230,14 @@ class HttpTransfer {
         }
     }
 
-    [[nodiscard]] static FetchOutcome failure(DWORD error) { return FetchFailure{error}; }
+    [[nodiscard]] static FetchOutcome failure(DWORD error, std::string cause = {}) {
+        return FetchFailure{error, std::move(cause)};
+    }
+
+    /// libcurl's words about this transfer, or about the code where it has none.
+    [[nodiscard]] std::string cause_of(CURLcode code) const {
+        return error_text_.front() != '\0' ? error_text_.data() : curl_easy_strerror(code);
+    }
 
     [[nodiscard]] DWORD error_of(CURLcode code) const {
         if (code == CURLE_OUT_OF_MEMORY && received_ > max_header_line_length) {
@@ -375,6 +384,7 @@ class HttpTransfer {
     std::string body_;
     FetchedResponse response_;
     DWORD failure_ = ERROR_SUCCESS; ///< why a callback ended the transfer
+    std::array<char, CURL_ERROR_SIZE> error_text_{};
 };
 
 /// A response with the URL that it came from, behind all redirections.

@@ -72,7 +72,7 @@ constexpr LdapErrorRow ldap_errors[] = {
 
 FetchFailure failure_of(int code) {
     const auto* const row = std::ranges::find(ldap_errors, code, &LdapErrorRow::code);
-    return {row == std::end(ldap_errors) ? E_FAIL : row->error};
+    return {row == std::end(ldap_errors) ? E_FAIL : row->error, ldap_err2string(code)};
 }
 
 timeval to_timeval(std::chrono::milliseconds time) {
@@ -296,7 +296,7 @@ class LdapSearch {
             return failure_of(code);
         }
         if (response_.parts.empty()) {
-            return FetchFailure{CRYPT_E_NOT_FOUND};
+            return FetchFailure{CRYPT_E_NOT_FOUND, "no value of the attributes asked for"};
         }
         return std::move(response_);
     }

@@ -4,6 +4,7 @@
 #include "platform/retrieval/FailedRetrievals.h"
 #include "platform/retrieval/Fetch.h"
 #include "platform/retrieval/Flight.h"
+#include "platform/retrieval/ToldRetrieval.h"
 #include "platform/retrieval/Transports.h"
 #include "platform/store/contexts.h"
 #include "platform/store/guarded.h"
@@ -47,7 +48,8 @@ ResponsePtr current_part(ResponsePtr cached, std::time_t now) {
     return std::make_shared<const Response>(Response{.objects = std::move(current.objects),
                                                      .marks = std::move(current.marks),
                                                      .validators = cached->validators,
-                                                     .content_digest = cached->content_digest});
+                                                     .content_digest = cached->content_digest,
+                                                     .received = cached->received});
 }
 
 ByteView view_of(std::string_view text) {
@@ -111,7 +113,8 @@ RetrievalOutcome accept(ObjectKind kind, const std::string& url, FetchedResponse
         std::make_shared<const Response>(Response{.objects = std::move(current.objects),
                                                   .marks = std::move(current.marks),
                                                   .validators = entry.validators,
-                                                  .content_digest = entry.content_digest});
+                                                  .content_digest = entry.content_digest,
+                                                  .received = now});
     cache.keep(entry, accepted);
     return {ERROR_SUCCESS, std::move(accepted)};
 }
@@ -124,7 +127,7 @@ RetrievalOutcome confirm(ResponsePtr cached) {
         return {ERROR_INVALID_DATA, nullptr};
     }
     CrlMarks(CacheFolder::instance()).note_served(current->marks, now);
-    return {ERROR_SUCCESS, std::move(current)};
+    return {.response = std::move(current), .confirmed = true};
 }
 
 std::uint64_t size_limit(ObjectKind kind) {
@@ -146,7 +149,7 @@ RetrievalOutcome retrieve_from_server(UrlScheme scheme, ObjectKind kind, const s
                        .size_limit = size_limit(kind),
                        .settings = configuration()});
     if (const auto* const failure = std::get_if<FetchFailure>(&outcome)) {
-        return {failure->error, nullptr};
+        return {failure->error, nullptr, failure->cause};
     }
     if (std::holds_alternative<NotModified>(outcome)) {
         return confirm(cached);
@@ -161,7 +164,7 @@ RetrievalOutcome retrieve_in_time(UrlScheme scheme, ObjectKind kind, const std::
     const std::string key = retrieval_key(kind, url);
     FailedRetrievals& failures = FailedRetrievals::instance();
     if (const auto error = failures.find(key, timeout, Clock::now())) {
-        return {*error, nullptr};
+        return {.error = *error, .remembered = true};
     }
     RetrievalOutcome outcome =
         share_flight(key, Clock::now() + timeout, [scheme, kind, url](const Deadline& deadline) {
@@ -235,8 +238,10 @@ BOOL CryptRetrieveObjectByUrlA(LPCSTR pszUrl, LPCSTR pszObjectOid, DWORD dwRetri
     }
     const auto kind = certificates ? norvane::ObjectKind::certificate : norvane::ObjectKind::crl;
     return norvane::guarded({.other = ERROR_INTERNAL_ERROR}, [&]() -> BOOL {
+        norvane::ToldRetrieval told(pszUrl, kind, dwRetrievalFlags, dwTimeout);
         const auto outcome = norvane::outcome_of(
             [&] { return norvane::retrieve(pszUrl, kind, dwRetrievalFlags, dwTimeout); });
+        told.end(outcome, kind);
         if (outcome.response == nullptr) {
             return norvane::fail(outcome.error);
         }

@@ -50,13 +50,17 @@ const CertificateItem* resolve_issuer(ChainValidator& chain, const CertificateIt
     }
 
     if (aia == nullptr || (chain.chain_flags & chain_cache_only) != 0) {
-        branch.end(event::issuer_not_found);
+        branch.end(event::issuer_not_found, record_value("issuer", key.issuer));
         return nullptr;
     }
     IssuerCandidateSearch retrieved(key, excluded);
     candidates_from_aia(chain, *aia, retrieved, 0);
     const CertificateItem* const issuer = first_issuer(chain, certificate, retrieved);
-    branch.end(issuer == nullptr ? event::issuer_not_found : event::issuer_found);
+    if (issuer == nullptr) {
+        branch.end(event::issuer_not_found, record_value("issuer", key.issuer));
+    } else {
+        branch.end(event::issuer_found, told(*issuer, "issuer"));
+    }
     return issuer;
 }
 

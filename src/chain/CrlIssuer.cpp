@@ -49,7 +49,7 @@ bool find_crl_issuer(ChainValidator& chain, CRLChainItem& crl) {
             return true;
         }
     }
-    branch.end(event::signer_not_found);
+    branch.end(event::signer_not_found, record_value("issuer", key.issuer));
     if (chain.best_path) {
         chain.path = *std::exchange(chain.best_path, std::nullopt);
     }

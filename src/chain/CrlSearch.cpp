@@ -74,10 +74,10 @@ void crl_search(ChainValidator& chain, const std::vector<IssuerSearchKey>& keys,
 
 void file_crl(const CRLItem& crl, CrlBaseSet& base, DeltaCrlMap& deltas) {
     if (crl.delta_crl_indicator()) {
-        deltas[crl.authority_key_id()][crl.idp_raw()].insert(&crl);
-        note(event::delta_gathered, told(crl));
-    } else {
-        base.insert(&crl);
+        if (deltas[crl.authority_key_id()][crl.idp_raw()].insert(&crl).second) {
+            note(event::delta_gathered, told(crl));
+        }
+    } else if (base.insert(&crl).second) {
         note(event::crl_gathered, told(crl));
     }
 }

@@ -128,6 +128,9 @@ RunStatus crl_status_decision(ChainValidator& chain, CertificateChainItem& certi
         CrlBaseSet issuer_crls;
         crl_search(chain, {key}, issuer_crls, deltas);
         covered_reasons = 0;
+        if (issuer_crls.empty()) {
+            note(event::crl_missing, record_value("issuer", key.issuer));
+        }
         Branch without_points(event::crls_of_the_issuer, told_count("CRLs", issuer_crls));
         for (auto crl = issuer_crls.begin(); crl != issuer_crls.end() && is_open(); ++crl) {
             const Branch branch(event::crl, told(**crl));

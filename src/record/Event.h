@@ -67,6 +67,7 @@ inline constexpr Event pass_over_the_network{"pass_over_the_network"};
 inline constexpr Event distribution_points{"distribution_points", "RFC 5280 6.3.3"};
 inline constexpr Event crls_of_the_issuer{"crls_of_the_issuer", "RFC 5280 6.3.3"};
 inline constexpr Event decided{"decided"};
+inline constexpr Event crl_missing{"crl_missing"};
 inline constexpr Event reasons_not_covered{"reasons_not_covered", "RFC 5280 6.3.3"};
 inline constexpr Event crl{"crl"};
 inline constexpr Event crl_faulty{"crl_faulty"};

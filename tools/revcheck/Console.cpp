@@ -14,10 +14,10 @@ namespace {
 constexpr std::chrono::seconds tick_length{1};
 constexpr std::size_t default_columns = 80;
 
-std::size_t terminal_columns() {
+std::size_t terminal_columns(int descriptor) {
     struct winsize size {};
-    return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col
-                                                                           : default_columns;
+    return ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col
+                                                                        : default_columns;
 }
 
 bool is_dumb_terminal() {
@@ -80,7 +80,7 @@ void Console::show() {
     if (seconds > 0) {
         line += " (" + std::to_string(seconds) + " s)";
     }
-    line.resize(std::min(line.size(), terminal_columns() - 1));
+    line.resize(std::min(line.size(), terminal_columns(STDERR_FILENO) - 1));
     std::fprintf(stderr, "\r\033[K%s", line.c_str());
     std::fflush(stderr);
     visible_ = true;
@@ -100,5 +100,7 @@ bool Console::output_has_colour() {
     return isatty(STDOUT_FILENO) == 1 && (refused == nullptr || *refused == '\0') &&
            !is_dumb_terminal();
 }
+
+std::size_t Console::output_width() { return terminal_columns(STDOUT_FILENO); }
 
 } // namespace norvane

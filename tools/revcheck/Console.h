@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <cstddef>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -32,6 +33,8 @@ class Console {
     void end();
 
     [[nodiscard]] static bool output_has_colour();
+    /// Columns of the terminal at standard output, or of one that is usual.
+    [[nodiscard]] static std::size_t output_width();
 
   private:
     using Clock = std::chrono::steady_clock;

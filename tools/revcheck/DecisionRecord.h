@@ -10,6 +10,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -70,17 +71,12 @@ class DecisionRecord {
     void begin(const NORVANE_RECORD_EVENT& event, bool is_branch);
     void end(const NORVANE_RECORD_EVENT& event);
     RecordedEvent read(const NORVANE_RECORD_EVENT& event);
-    bool take_object(const NORVANE_RECORD_OBJECT& object, RecordedEvent& event);
-
-    /// By what an object is known while its question is open: its octets, kept or not.
-    struct Known {
-        std::size_t size;
-        std::string ends; ///< the first and last octets
-    };
+    void take_object(const NORVANE_RECORD_OBJECT& object, RecordedEvent& event);
 
     Keeping keeping_;
     std::vector<RecordedNode> nodes_;
     std::deque<RecordedObject> objects_;
+    std::unordered_multimap<std::size_t, std::size_t> objects_by_size_;
     std::vector<std::size_t> open_; ///< the branches that are open, the innermost last
     std::size_t unseen_ = 0;        ///< branches that are open and were cut off
     std::size_t object_octets_ = 0;

@@ -60,6 +60,7 @@ Options parse_options(int argc, const char* const* argv) {
     app.add_flag("--list", list);
     CLI::Option* const quiet_flag = app.add_flag("--quiet,-q", quiet);
     app.add_flag("--json", json)->excludes(quiet_flag);
+    app.add_flag("--explain", options.explain)->excludes(quiet_flag);
     app.add_flag("--help,-h", help);
     app.add_flag("--version", version);
     try {

@@ -40,6 +40,7 @@ struct Options {
     std::string cache_folder;
     bool strict_pkup = false;
     std::string configuration_file;
+    bool explain = false; ///< the whole record is to be shown
     Grouping grouping = Grouping::single;
     Presentation presentation = Presentation::for_people;
 

@@ -1,4 +1,6 @@
+#include "Console.h"
 #include "CrlFacts.h"
+#include "Explanation.h"
 #include "Report.h"
 #include "Text.h"
 #include "Times.h"
@@ -98,7 +100,7 @@ void add_crls(Lines& lines, const CERT_INFO& certificate, const Verdict& verdict
 } // namespace
 
 std::string report_for_people(const CheckedCertificate& certificate, const Verdict& verdict,
-                              const std::vector<std::string>& reasons, Colour colour) {
+                              const Account& account, Colour colour) {
     const CERT_INFO& info = *certificate.context->pCertInfo;
     Lines lines(colour);
     std::string headline = printable(certificate.name);
@@ -117,11 +119,15 @@ std::string report_for_people(const CheckedCertificate& certificate, const Verdi
         lines.line("checked", "as of " + time_text(verdict.time));
     }
     std::string_view label = "why";
-    for (const std::string& reason : reasons) {
+    if (account.record == nullptr) {
+        return lines.take();
+    }
+    for (const std::string& reason : reason_lines(account.reasons, *account.record)) {
         lines.line(label, printable(reason));
         label = "";
     }
-    return lines.take();
+    return lines.take() +
+           (account.whole ? "\n" + explanation(*account.record, Console::output_width()) : "");
 }
 
 } // namespace norvane

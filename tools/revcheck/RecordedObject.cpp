@@ -1,22 +1,21 @@
 #include "RecordedObject.h"
 
 #include "Text.h"
+#include "Times.h"
 
 #include "asn1/BerHeader.h"
+#include "platform/retrieval/Digest.h"
 #include "values/CompareTimes.h"
 #include "values/Exceptions.h"
 
-#include <array>
-#include <openssl/evp.h>
 #include <optional>
-
-#include "Times.h"
 
 namespace norvane {
 namespace {
 
 /// A copy and a digest of what is larger take longer than many a decision.
 constexpr std::size_t small_object_octets = 4U << 20;
+constexpr std::size_t kept_of_large_octets = 64;
 
 constexpr std::uint8_t tag_integer = 0x02;
 constexpr std::uint8_t tag_utc_time = 0x17;
@@ -36,7 +35,8 @@ class Elements {
             header.indefinite) {
             return std::nullopt;
         }
-        whole_ = {rest_.data, static_cast<std::uint32_t>(header.content - rest_.data) + header.length};
+        whole_ = {rest_.data,
+                  static_cast<std::uint32_t>(header.content - rest_.data) + header.length};
         rest_ = {whole_.end(), rest_.length - whole_.length};
         return header;
     }
@@ -72,8 +72,8 @@ std::string time_of(Elements& elements) {
     }
     try {
         const ByteView text = content_of(*header);
-        return time_text(to_file_time(date_from_asn1_time(
-            {reinterpret_cast<const char*>(text.data), text.length}, kind)));
+        return time_text(to_file_time(
+            date_from_asn1_time({reinterpret_cast<const char*>(text.data), text.length}, kind)));
     } catch (const CAException&) {
         return "not a time";
     }
@@ -108,14 +108,6 @@ void read_certificate(Elements elements, RecordedObject& object) {
     }
 }
 
-std::string sha256_of(const std::string& octets) {
-    std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
-    std::size_t length = 0;
-    const bool made = EVP_Q_digest(nullptr, "SHA256", nullptr, octets.data(), octets.size(),
-                                   digest.data(), &length) == 1;
-    return made ? hexadecimal_text(digest.data(), length) : "";
-}
-
 } // namespace
 
 RecordedObject make_recorded_object(const NORVANE_RECORD_OBJECT& object, Keeping keeping) {
@@ -130,11 +122,23 @@ RecordedObject make_recorded_object(const NORVANE_RECORD_OBJECT& object, Keeping
             made.is_crl ? read_crl(fields, made) : read_certificate(fields, made);
         }
     }
+    const auto* const octets = reinterpret_cast<const char*>(object.pbEncoded);
     if (keeping == Keeping::all_objects || made.size <= small_object_octets) {
-        made.encoded.assign(reinterpret_cast<const char*>(object.pbEncoded), object.cbEncoded);
-        made.sha256 = sha256_of(made.encoded);
+        made.encoded.assign(octets, made.size);
+    } else {
+        made.encoded.assign(octets + made.size - kept_of_large_octets, kept_of_large_octets);
     }
     return made;
+}
+
+std::string sha256_of(const RecordedObject& object) {
+    return object.encoded.size() == object.size ? to_hex(Digester().add(object.encoded).finish())
+                                                : "";
+}
+
+bool is_same(const RecordedObject& object, const NORVANE_RECORD_OBJECT& other) {
+    const std::string_view octets(reinterpret_cast<const char*>(other.pbEncoded), other.cbEncoded);
+    return object.size == octets.size() && octets.ends_with(object.encoded);
 }
 
 } // namespace norvane

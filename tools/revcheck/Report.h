@@ -1,6 +1,8 @@
 #pragma once
 
 #include "Checker.h"
+#include "DecisionRecord.h"
+#include "Reasons.h"
 
 #include <string>
 #include <vector>
@@ -15,14 +17,20 @@ struct CheckedCertificate {
 
 enum class Colour : std::uint8_t { plain, ansi };
 
-/// The verdict for people, in lines. `reasons` is what is known about why no check was possible,
-/// empty for any other verdict.
+/// How a verdict came about.
+struct Account {
+    const DecisionRecord* record = nullptr; ///< null: nobody listened
+    std::vector<Reason> reasons{};          ///< why no check was possible; empty otherwise
+    bool whole = false;                     ///< The whole record is to be shown.
+};
+
+/// The verdict for people, in lines.
 [[nodiscard]] std::string report_for_people(const CheckedCertificate& certificate,
-                                            const Verdict& verdict,
-                                            const std::vector<std::string>& reasons, Colour colour);
+                                            const Verdict& verdict, const Account& account,
+                                            Colour colour);
 
 /// The verdict as a JSON object on one line (docs/revcheck.schema.json).
 [[nodiscard]] std::string report_as_json(const CheckedCertificate& certificate,
-                                         const Verdict& verdict);
+                                         const Verdict& verdict, const Account& account);
 
 } // namespace norvane

@@ -1,7 +1,7 @@
 #include "Run.h"
 
 #include "Configure.h"
-#include "Diagnosis.h"
+#include "Reasons.h"
 
 #include <algorithm>
 #include <new>
@@ -160,9 +160,14 @@ void Run::take(Held certificate) {
     }
     console_.begin("checking " + certificate.name);
     const PCCERT_CONTEXT context = certificate.context.get();
+    const DecisionRecord record(keeping());
     const CallResult result = checker_.check({&context, 1});
-    tell({certificate.name, context}, result.verdict);
+    tell({certificate.name, context}, result.verdict, &record);
     console_.end();
+}
+
+Keeping Run::keeping() const {
+    return options_.explain ? Keeping::all_objects : Keeping::small_objects;
 }
 
 /// Those before the last one looked at are good, and all that is known about them is that.
@@ -175,14 +180,15 @@ void Run::check_list() {
         contexts.push_back(each.context.get());
     }
     console_.begin("checking " + std::to_string(list_.size()) + " certificates");
+    const DecisionRecord record(keeping());
     const CallResult result = checker_.check(contexts);
     Verdict good;
     good.status = Status::good;
     good.time = result.verdict.time;
     for (std::size_t i = 0; i < result.index; ++i) {
-        tell({list_[i].name, contexts[i]}, good);
+        tell({list_[i].name, contexts[i]}, good, nullptr);
     }
-    tell({list_[result.index].name, contexts[result.index]}, result.verdict);
+    tell({list_[result.index].name, contexts[result.index]}, result.verdict, &record);
     console_.end();
     const std::size_t unseen = list_.size() - result.index - 1;
     if (unseen != 0 && options_.presentation == Presentation::for_people) {
@@ -191,20 +197,21 @@ void Run::check_list() {
     }
 }
 
-void Run::tell(const CheckedCertificate& certificate, const Verdict& verdict) {
+void Run::tell(const CheckedCertificate& certificate, const Verdict& verdict,
+               const DecisionRecord* record) {
     outcome_.note(code_of(verdict.status));
+    Account account{.record = record, .whole = options_.explain};
+    if (record != nullptr && verdict.status == Status::no_check) {
+        account.reasons = find_reasons(*record, last_question_of(*record));
+    }
     switch (options_.presentation) {
     case Presentation::none:
         break;
     case Presentation::json:
-        write(report_as_json(certificate, verdict));
+        write(report_as_json(certificate, verdict, account));
         break;
     case Presentation::for_people:
-        std::vector<std::string> reasons;
-        if (verdict.status == Status::no_check) {
-            reasons = diagnose(certificate.context, verdict, options_, stores_);
-        }
-        write((told_ ? "\n" : "") + report_for_people(certificate, verdict, reasons, colour_));
+        write((told_ ? "\n" : "") + report_for_people(certificate, verdict, account, colour_));
         told_ = true;
         break;
     }

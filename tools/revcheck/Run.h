@@ -34,7 +34,9 @@ class Run {
     void check_file(const std::string& name, const FileContent& content, FileOrigin origin);
     void take(Held certificate);
     void check_list();
-    void tell(const CheckedCertificate& certificate, const Verdict& verdict);
+    [[nodiscard]] Keeping keeping() const;
+    void tell(const CheckedCertificate& certificate, const Verdict& verdict,
+              const DecisionRecord* record);
     void write(const std::string& text);
 
     const Options& options_;

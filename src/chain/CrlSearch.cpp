@@ -38,6 +38,7 @@ std::vector<IssuerSearchKey> crl_search_keys(const CertificateItem& certificate)
     }
     for (const DistributionPointItem& point : *points) {
         if (point.crl_issuer_names) {
+            note(event::point_names_crl_issuer, record_value("cRLIssuer", *point.crl_issuer_names));
             keys.push_back(key_for_name(*point.crl_issuer_names));
         }
     }

@@ -225,11 +225,11 @@ bool delegated_revocation_check(ChainValidator& chain, Chain::Position element,
         branch.end(event::member_good);
         return true;
     case CHAIN_STATUS_NO_CHECK:
-        branch.end(event::member_not_checked);
+        branch.end(event::member_not_checked, told(element->item()));
         record_failure(chain, REVOCATION_STATUS_UNKNOWN, element);
         return false;
     default:
-        branch.end(event::member_revoked, record_value("reason", answer));
+        branch.end(event::member_revoked, told(element->item()), record_value("reason", answer));
         record_revoked(chain, IS_REVOKED, answer, element);
         return false;
     }

@@ -75,6 +75,7 @@ const CRLItem* first_signed_delta(ChainValidator& chain, const DeltaCrlSet& delt
             chain.verified_crls.verify(*delta, signer)) {
             return delta;
         }
+        note(event::delta_not_signed_by_signer, told(*delta, "delta"), told(signer, "signer"));
     }
     return nullptr;
 }

@@ -79,6 +79,7 @@ IssuerCandidateSearch::score_candidate(const ItemCache::value_type& certificate)
         return 0;
     }
     if (excluded_.contains(&item)) {
+        note(event::candidate_on_path_already, told(item));
         return rejected;
     }
     std::int32_t score = 0;

@@ -3,6 +3,7 @@
 #include "call/Question.h"
 #include "crypto/OidInfoLookup.h"
 #include "crypto/ProviderLookup.h"
+#include "record/Record.h"
 #include "values/ObjectIdentifierText.h"
 
 #include <algorithm>
@@ -102,8 +103,9 @@ bool verify_signature(ASN1BEREncodeBuffer& encode_buffer, const SignedPart& tbs,
     const auto key_oid = text_of<max_oid_length>(spki.algorithm.algorithm, too_long);
 
     const ALG_ID hash_algid = algorithm_number(signature_oid.data());
+    const std::string_view algorithm = signature_oid.data();
     if (hash_algid == 0 || GET_ALG_CLASS(hash_algid) != ALG_CLASS_HASH) {
-        return false;
+        return fails(event::algorithm_not_offered, record_value("algorithm", algorithm));
     }
     const char* const hash_oid = platform_answer([&] { return CertAlgIdToOID(hash_algid); },
                                                  source_module::encode_and, __LINE__);
@@ -112,7 +114,7 @@ bool verify_signature(ASN1BEREncodeBuffer& encode_buffer, const SignedPart& tbs,
     }
     const CRYPT_OID_INFO* const info = find_signature_oid_info(key_oid.data(), hash_oid);
     if (info == nullptr) {
-        return false;
+        return fails(event::algorithm_not_offered, record_value("algorithm", algorithm));
     }
     // The algorithm of the key and the algorithm of the signature must belong together.
     if (std::strcmp(info->pszOID, signature_oid.data()) != 0) {

@@ -40,6 +40,7 @@ inline constexpr Event candidate{"candidate"};
 inline constexpr Event candidate_accepted{"candidate_accepted"};
 inline constexpr Event candidate_dropped{"candidate_dropped"};
 inline constexpr Event candidate_faulty{"candidate_faulty"};
+inline constexpr Event candidate_on_path_already{"candidate_on_path_already"};
 inline constexpr Event retrieved_candidate_differs{"retrieved_candidate_differs"};
 
 // Tests of a certificate, or of what it has issued.
@@ -48,10 +49,10 @@ inline constexpr Event certificate_not_yet_valid{"certificate_not_yet_valid", "R
 inline constexpr Event key_period_not_kept{"key_period_not_kept", "RFC 3280 4.2.1.4"};
 inline constexpr Event signature_wrong{"signature_wrong", "RFC 5280 6.1.3 (a)(1)"};
 inline constexpr Event algorithm_not_offered{"algorithm_not_offered"};
-inline constexpr Event hash_switched_off{"hash_switched_off"};
 
 // The gathering of CRLs.
 inline constexpr Event crl_search{"crl_search"};
+inline constexpr Event point_names_crl_issuer{"point_names_crl_issuer", "RFC 5280 4.2.1.13"};
 inline constexpr Event crl_gathered{"crl_gathered"};
 inline constexpr Event delta_gathered{"delta_gathered", "RFC 5280 5.2.4"};
 inline constexpr Event crl_urls{"crl_urls", "RFC 5280 4.2.1.13"};

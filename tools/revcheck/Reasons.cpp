@@ -1,6 +1,7 @@
 #include "Reasons.h"
 
 #include "EventWords.h"
+#include "Explanation.h"
 
 #include <algorithm>
 #include <optional>
@@ -12,6 +13,7 @@ namespace {
 // CRL than where it is to be the issuer, and nearer still on the path of that signer.
 constexpr std::uint16_t first_test_distance = 40;
 constexpr std::uint16_t last_test_distance = 49;
+constexpr std::uint16_t test_at_key_gate = 78;
 constexpr std::uint16_t test_of_signer = 110;
 constexpr std::uint16_t test_on_path = 180;
 
@@ -20,6 +22,9 @@ constexpr std::uint16_t first_retrieval_distance = 60;
 constexpr std::uint16_t last_retrieval_distance = 69;
 constexpr std::uint16_t retrieval_of_issuer = 31;
 constexpr std::uint16_t retrieval_on_path = 205;
+
+/// What is nearer to a verdict than CRLs that cover too little is worth a word beside it.
+constexpr std::uint16_t distance_of_partial_coverage = 99;
 
 constexpr std::size_t max_lines = 6;
 constexpr std::size_t max_retrievals = 2;
@@ -61,7 +66,13 @@ std::uint16_t distance_of(const RecordedEvent& event, const Surroundings& around
         if (around.has("path")) {
             return distance + test_on_path;
         }
-        return around.has("signer_search") ? distance + test_of_signer : distance;
+        if (around.has("signer_search")) {
+            return distance + test_of_signer;
+        }
+        return around.has("crl") ? distance + test_at_key_gate : distance;
+    }
+    if (event.code == "crl_signature_wrong" && !around.has("signer_search")) {
+        return 0; // The gate that it closed says more.
     }
     if (is_failed_retrieval(distance) && around.has("issuer_urls")) {
         return around.has("path") ? retrieval_on_path : retrieval_of_issuer;
@@ -92,7 +103,22 @@ struct Failure {
     std::size_t place = 0;
 };
 
-/// Calls `visit` for each failure of a question, and not for those of questions inside it.
+/// Whether a branch is that of a CRL which covers a reason.
+bool has_contributed(std::span<const RecordedNode> nodes, std::size_t branch) {
+    for (std::size_t place = branch + 1; place < nodes[branch].end && nodes[branch].code == "crl";
+         ++place) {
+        if (nodes[place].code == "reasons_contributed") {
+            return true;
+        }
+        if (nodes[place].code == "question") {
+            place = nodes[place].end - 1;
+        }
+    }
+    return false;
+}
+
+/// Calls `visit` for each failure of a question, and not for those of questions inside it, nor for
+/// those of a branch that came to what it was for.
 template <class Visit>
 void for_each_failure(std::span<const RecordedNode> nodes, Range range, Visit visit) {
     Surroundings around(nodes);
@@ -102,9 +128,21 @@ void for_each_failure(std::span<const RecordedNode> nodes, Range range, Visit vi
         const RecordedEvent& event = node.is_branch ? node.outcome : node;
         const bool is_retrieval = node.code == "retrieval";
         visit(Failure{{&event, is_retrieval ? &node : nullptr}, distance_of(event, around), place});
-        const bool is_inner = node.code == "question" || node.code == "member_check";
-        place = is_inner ? node.end : place + 1;
+        const bool is_closed = node.code == "question" || node.code == "member_check" ||
+                               is_quiet(node) || has_contributed(nodes, place);
+        place = is_closed ? node.end : place + 1;
     }
+}
+
+/// That CRLs cover some reasons and not all, if that is so in a pass, which stands at `pass`.
+std::vector<Reason> partial_coverage(std::span<const RecordedNode> nodes, std::size_t pass) {
+    for (std::size_t place = pass + 1; place < nodes[pass].end; place = nodes[place].end) {
+        const RecordedEvent& outcome = nodes[place].outcome;
+        if (outcome.code == "reasons_not_covered" && outcome.value("covered") != "none") {
+            return {Reason{&outcome, nullptr}};
+        }
+    }
+    return {};
 }
 
 std::optional<std::size_t> question_in(std::span<const RecordedNode> nodes, std::size_t branch) {
@@ -161,8 +199,11 @@ std::vector<Reason> find_reasons(const DecisionRecord& record, std::size_t quest
     if (decisive.reason.event == nullptr) {
         return {};
     }
-    std::vector<Reason> reasons{decisive.reason};
-    if (nodes[decisive.place].code == "member_check") {
+    std::vector<Reason> reasons = partial_coverage(nodes, last_part_of(nodes, question).first);
+    if (reasons.empty() || decisive.distance > distance_of_partial_coverage) {
+        reasons.push_back(decisive.reason);
+    }
+    if (decisive.reason.event->code == "member_not_checked") {
         if (const auto inner = question_in(nodes, decisive.place)) {
             std::ranges::copy(find_reasons(record, *inner), std::back_inserter(reasons));
         }

@@ -7,6 +7,7 @@
 #include <ctime>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <thread>
 
 namespace norvane::testing {
 namespace {
@@ -186,6 +187,40 @@ TEST(RetrievalCache, NoOtherUrlAndNoNeighbourBringsAnOldCrlBack) {
         server.on("/junk", http_reply(junk));
         EXPECT_EQ(retrieve(server.url("/junk")).objects.size(), 200);
         EXPECT_LT(std::ranges::count(files_of(cache), ".served", &fs::path::extension), 100);
+    };
+    EXPECT_TRUE(passes_with_cache(checks, "", folder));
+}
+
+TEST(RetrievalCache, MarksOfOtherProcessesAreNoticedInAFolderThatWasStill) {
+    const TemporaryFolder folder;
+    const fs::path cache = folder.path() / "cache";
+    const auto checks = [&] {
+        HttpServer server;
+        const auto expect = [&](const char* path, int date, DWORD flags) {
+            server.on(path, reply_of(crl_of(date, path)));
+            EXPECT_EQ(retrieve(server.url(path), flags), objects({crl_of(date, path)})) << path;
+        };
+        std::vector<fs::path> marks; // of CRLs that are newer than what is cached
+        for (const char* path : {"/moved", "/opened"}) {
+            expect(path, 260102, all_objects);
+            for (const fs::path& file : files_of(cache))
+                if (file.extension() == ".served")
+                    fs::rename(file, marks.emplace_back(folder.path() / file.filename()));
+        }
+        for (const char* path : {"/moved", "/opened"})
+            expect(path, 260101, all_objects);
+        fs::permissions(marks.at(1), fs::perms{0622});
+        fs::rename(marks[1], cache / marks[1].filename());
+        // Nothing is remembered about a folder that has just changed.
+        const auto wait_until_settled = [] { std::this_thread::sleep_for(3100ms); };
+        wait_until_settled();
+        for (const char* path : {"/moved", "/opened", "/moved", "/opened"})
+            expect(path, 260101, cached_objects);
+        fs::permissions(cache / marks[1].filename(), fs::perms{0600});
+        EXPECT_EQ(retrieve(server.url("/opened"), cached_objects), failure(CRYPT_E_NOT_FOUND));
+        fs::rename(marks[0], cache / marks[0].filename());
+        wait_until_settled();
+        EXPECT_EQ(retrieve(server.url("/moved"), cached_objects), failure(CRYPT_E_NOT_FOUND));
     };
     EXPECT_TRUE(passes_with_cache(checks, "", folder));
 }

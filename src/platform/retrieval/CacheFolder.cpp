@@ -1,6 +1,7 @@
 #include "platform/retrieval/CacheFolder.h"
 
 #include "platform/Descriptor.h"
+#include "platform/FileTime.h"
 #include "platform/config/Configuration.h"
 #include "platform/config/UserFolders.h"
 #include "platform/retrieval/CacheSweep.h"
@@ -73,11 +74,10 @@ std::string temporary_name(std::string_view name) {
 } // namespace
 
 FileIdentity identity_of(const struct stat& status) noexcept {
-    constexpr std::int64_t ns_per_second = 1'000'000'000;
     return {.device = status.st_dev,
             .inode = status.st_ino,
             .size = static_cast<std::uint64_t>(status.st_size),
-            .modified_ns = status.st_mtim.tv_sec * ns_per_second + status.st_mtim.tv_nsec};
+            .modified_ns = to_nanoseconds(status.st_mtim)};
 }
 
 const CacheFolder& CacheFolder::instance() {
@@ -102,6 +102,17 @@ bool CacheFolder::is_usable() const {
     struct stat status {};
     return !path_.empty() && lstat(path_.c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
            is_private(status);
+}
+
+std::optional<FolderState> CacheFolder::state(std::time_t now) const noexcept {
+    struct stat status {};
+    if (path_.empty() || lstat(path_.c_str(), &status) != 0 ||
+        !is_settled(to_nanoseconds(status.st_ctim), std::chrono::system_clock::from_time_t(now))) {
+        return std::nullopt;
+    }
+    return FolderState{.device = status.st_dev,
+                       .inode = status.st_ino,
+                       .changed_ns = to_nanoseconds(status.st_ctim)};
 }
 
 std::optional<FileIdentity> CacheFolder::write(std::string_view name,

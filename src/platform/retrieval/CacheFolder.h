@@ -3,6 +3,7 @@
 #include "platform/retrieval/CacheEntry.h"
 
 #include <cstdint>
+#include <ctime>
 #include <filesystem>
 #include <optional>
 #include <span>
@@ -24,6 +25,16 @@ struct FileIdentity {
 
 [[nodiscard]] FileIdentity identity_of(const struct stat& status) noexcept;
 
+/// What tells one state of the folder from another: which folder it is, and when a file was last
+/// made, renamed or removed in it.
+struct FolderState {
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+    std::int64_t changed_ns = 0; ///< since 1970; the system sets it at every change
+
+    [[nodiscard]] bool operator==(const FolderState&) const = default;
+};
+
 /// The folder of the cache, which any number of threads and processes use without a lock: a file
 /// comes into being under a temporary name, is synced to the disk, and takes its place at once.
 /// Only what bears a name and a content of the cache's is read, replaced or removed.
@@ -42,6 +53,11 @@ class CacheFolder {
     [[nodiscard]] std::string path_of(std::string_view name) const;
 
     [[nodiscard]] bool is_usable() const;
+
+    /// The state that the folder is in, which no later change leaves as it is. Nothing if the last
+    /// change is so recent that a further one need not show, or if there is no folder.
+    /// @param now of before the call, so that whatever changes after it bears no earlier time.
+    [[nodiscard]] std::optional<FolderState> state(std::time_t now) const noexcept;
 
     /// Writes a file, then removes others beyond the limit, the least recently used first. Nothing
     /// if it could not be kept; the file that was there before then stays. Throws std::bad_alloc.

@@ -49,6 +49,37 @@ CachedResponses& CachedResponses::instance() noexcept {
 }
 
 ResponsePtr CachedResponses::find(ObjectKind kind, std::string_view url) {
+    return look_up(kind, url).content.response;
+}
+
+ResponsePtr CachedResponses::find_current(ObjectKind kind, std::string_view url, std::time_t now) {
+    const CacheFolder& folder = CacheFolder::instance();
+    // Before anything is read: what is written meanwhile makes another state of the folder.
+    const std::optional<FolderState> state = folder.state(now);
+    if (!state) {
+        return current_part(find(kind, url), CrlMarks(folder), now).response;
+    }
+    const Undisputed here_and_now{.state = *state, .looked_at = now};
+    if (const auto slot = known_slot(retrieval_key(kind, url))) {
+        const std::lock_guard lock(slot->mutex);
+        if (slot->content.undisputed == here_and_now) {
+            return slot->content.response;
+        }
+    }
+    const auto [slot, content] = look_up(kind, url);
+    const bool undisputed = content.undisputed && content.undisputed->state == *state;
+    CurrentPart current = undisputed ? CurrentPart{.response = content.response, .lasting = true}
+                                     : current_part(content.response, CrlMarks(folder), now);
+    if (current.lasting) {
+        const std::lock_guard lock(slot->mutex);
+        if (slot->content.response == current.response) {
+            slot->content.undisputed = here_and_now;
+        }
+    }
+    return std::move(current.response);
+}
+
+CachedResponses::Found CachedResponses::look_up(ObjectKind kind, std::string_view url) {
     const CacheFolder& folder = CacheFolder::instance();
     const std::string key = retrieval_key(kind, url);
     std::shared_ptr<Slot> known = known_slot(key);
@@ -61,44 +92,43 @@ ResponsePtr CachedResponses::find(ObjectKind kind, std::string_view url) {
         if (error != ERROR_SUCCESS) {
             throw SystemFailure(error, path);
         }
-        return nullptr;
+        return {};
     }
     if (known == nullptr) {
         known = slot(key, path);
     }
-    ResponsePtr response;
+    Content content;
     try {
-        response = response_of(*known, kind, url, status);
+        content = content_of(*known, kind, url, status);
     } catch (...) {
         forget(key);
         throw;
     }
-    if (response != nullptr) {
+    if (content.response != nullptr) {
         CacheFolder::note_use(path, status);
     }
-    return response;
+    return {.slot = std::move(known), .content = std::move(content)};
 }
 
-ResponsePtr CachedResponses::response_of(Slot& slot, ObjectKind kind, std::string_view url,
-                                         const struct stat& status) {
+CachedResponses::Content CachedResponses::content_of(Slot& slot, ObjectKind kind,
+                                                     std::string_view url,
+                                                     const struct stat& status) {
     std::unique_lock lock(slot.mutex);
-    if (slot.identity == identity_of(status)) {
-        return slot.response;
+    if (slot.content.identity == identity_of(status)) {
+        return slot.content;
     }
-    slot.response = nullptr;
-    slot.identity = {};
+    slot.content = {};
     const auto outcome = read_whole_file(slot.path.c_str(), O_NOFOLLOW, max_file_size, is_private);
     const auto* const file = std::get_if<WholeFile>(&outcome);
     if (file == nullptr || !CacheFolder::instance().is_usable()) {
-        return nullptr;
+        return {};
     }
-    slot.response = read_response(file->bytes, kind, url);
-    slot.identity = identity_of(file->status);
-    ResponsePtr response = slot.response;
-    const std::uint64_t growth = slot.identity.size + response_overhead;
+    Content content{.identity = identity_of(file->status),
+                    .response = read_response(file->bytes, kind, url)};
+    slot.content = content;
     lock.unlock();
-    note_growth(growth);
-    return response;
+    note_growth(content.identity.size + response_overhead);
+    return content;
 }
 
 void CachedResponses::keep(const CacheEntry& entry, ResponsePtr response) {
@@ -111,8 +141,7 @@ void CachedResponses::keep(const CacheEntry& entry, ResponsePtr response) {
         slot(retrieval_key(entry.kind, entry.url), CacheFolder::instance().path_of(name));
     {
         const std::lock_guard lock(known->mutex);
-        known->identity = *identity;
-        known->response = std::move(response);
+        known->content = {.identity = *identity, .response = std::move(response)};
     }
     note_growth(identity->size + response_overhead);
 }
@@ -151,8 +180,9 @@ void CachedResponses::note_growth(std::uint64_t size) {
     std::erase_if(slots_, [&dropped](const auto& item) {
         const std::unique_lock busy(item.second->mutex, std::try_to_lock);
         struct stat status {};
-        const bool drop = busy.owns_lock() && (lstat(item.second->path.c_str(), &status) != 0 ||
-                                               identity_of(status) != item.second->identity);
+        const bool drop =
+            busy.owns_lock() && (lstat(item.second->path.c_str(), &status) != 0 ||
+                                 identity_of(status) != item.second->content.identity);
         if (drop) {
             dropped.push_back(item.second);
         }

@@ -23,6 +23,12 @@ class CachedResponses {
     /// SystemFailure if there is a file that cannot be read.
     [[nodiscard]] ResponsePtr find(ObjectKind kind, std::string_view url);
 
+    /// What may be served of that at present; null if there is nothing. CRLs that are older than a
+    /// mark are not. The marks are read anew as soon as any file of the folder has come or gone.
+    /// Throws as above.
+    /// @param now of the call.
+    [[nodiscard]] ResponsePtr find_current(ObjectKind kind, std::string_view url, std::time_t now);
+
     /// Puts a response, with the bytes that it was read from, into the cache if that is possible.
     /// Throws std::bad_alloc.
     void keep(const CacheEntry& entry, ResponsePtr response);
@@ -33,18 +39,39 @@ class CachedResponses {
     void begin_in_child() noexcept;
 
   private:
+    /// That no mark keeps anything of a response out at any time, while the folder is in a state.
+    struct Undisputed {
+        FolderState state;
+        /// The second in which the file was last looked at. Within it the file is taken to be the
+        /// same as long as the folder is: it is not to change in place, and who is asked for one
+        /// URL many times looks at one thing less.
+        std::time_t looked_at = 0;
+
+        [[nodiscard]] bool operator==(const Undisputed&) const = default;
+    };
+    /// What a file holds.
+    struct Content {
+        FileIdentity identity;
+        ResponsePtr response;
+        std::optional<Undisputed> undisputed = {};
+    };
     struct Slot {
         explicit Slot(std::string file) : path(std::move(file)) {}
 
         const std::string path;
         std::mutex mutex;
-        FileIdentity identity;
-        ResponsePtr response;
+        Content content;
+    };
+    /// Where a response lies, and what lay there when it was looked up.
+    struct Found {
+        std::shared_ptr<Slot> slot;
+        Content content;
     };
 
+    [[nodiscard]] Found look_up(ObjectKind kind, std::string_view url);
     /// What the slot's file holds, read anew if it is not the file that was read before.
-    [[nodiscard]] ResponsePtr response_of(Slot& slot, ObjectKind kind, std::string_view url,
-                                          const struct stat& status);
+    [[nodiscard]] Content content_of(Slot& slot, ObjectKind kind, std::string_view url,
+                                     const struct stat& status);
     [[nodiscard]] std::shared_ptr<Slot> known_slot(const std::string& key);
     [[nodiscard]] std::shared_ptr<Slot> slot(const std::string& key, const std::string& path);
     void forget(const std::string& key);

@@ -6,9 +6,11 @@
 #include "platform/retrieval/WholeFile.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
+#include <limits>
 #include <string>
 #include <utility>
 #include <vector>
@@ -28,6 +30,7 @@ constexpr std::size_t max_new_marks = 64;
 struct FoundMark {
     std::uint64_t this_update = 0; ///< 0: there is none
     std::time_t made = 0;
+    bool is_hidden = false; ///< something is there that may yet turn out to be a mark
 };
 
 /// Whether a mark on the ground `served` counts. A clock that was set back does not prolong it.
@@ -42,10 +45,13 @@ FoundMark find(const CacheFolder& folder, const Digest& scope, MarkGround ground
         return {};
     }
     const auto outcome = read_whole_file(path.c_str(), O_NOFOLLOW, mark_file_size, is_private);
-    const auto* const file = std::get_if<WholeFile>(&outcome);
-    if (file == nullptr || !folder.is_usable()) {
-        return {};
+    if (const auto* const refusal = std::get_if<FileRefusal>(&outcome)) {
+        return {.is_hidden = refusal->error_number != ENOENT};
     }
+    if (!folder.is_usable()) {
+        return {.is_hidden = true};
+    }
+    const auto* const file = std::get_if<WholeFile>(&outcome);
     return {.this_update = decode_mark(name, file->bytes).value_or(0),
             .made = file->status.st_mtim.tv_sec};
 }
@@ -103,12 +109,15 @@ void write(const CacheFolder& folder, const CrlMark& mark, MarkGround ground) {
 
 } // namespace
 
-std::uint64_t CrlMarks::least_date(const Digest& scope, std::time_t now) const {
-    std::uint64_t least = 0;
+MarkDates CrlMarks::dates(const Digest& scope, std::time_t now) const {
+    constexpr std::uint64_t unknown_date = std::numeric_limits<std::uint64_t>::max();
+    MarkDates dates;
     for (const MarkGround ground : {MarkGround::served, MarkGround::verified}) {
-        least = std::max(least, counting(find(folder_, scope, ground), ground, now));
+        const FoundMark found = find(folder_, scope, ground);
+        dates.least = std::max(dates.least, counting(found, ground, now));
+        dates.newest = std::max(dates.newest, found.is_hidden ? unknown_date : found.this_update);
     }
-    return least;
+    return dates;
 }
 
 void CrlMarks::note_served(std::span<const CrlMark> marks, std::time_t now) const {

@@ -9,6 +9,12 @@ namespace norvane {
 
 class CacheFolder;
 
+/// The dates of the marks of one scope, as CrlMark has them.
+struct MarkDates {
+    std::uint64_t least = 0;  ///< that a CRL must have at present to be taken; 0 if there is none
+    std::uint64_t newest = 0; ///< that a CRL may ever need while the folder stays as it is
+};
+
 /// The marks of the newest CRLs that have been seen, by scope and whatever URL they came from. They
 /// are files of the cache folder, apart from the responses, so that neither the removal of these
 /// nor what others put into the cache erases them.
@@ -26,9 +32,8 @@ class CrlMarks {
     /// `folder` must outlive this object.
     explicit CrlMarks(const CacheFolder& folder) : folder_(folder) {}
 
-    /// The least date that a CRL of a scope must have at present to be taken; 0 if there is none.
     /// Throws std::bad_alloc, and SystemFailure if a file cannot be read that is there.
-    [[nodiscard]] std::uint64_t least_date(const Digest& scope, std::time_t now) const;
+    [[nodiscard]] MarkDates dates(const Digest& scope, std::time_t now) const;
 
     /// Notes CRLs that a server has delivered and that are taken. One that cannot be noted for want
     /// of room or of a folder is not. Throws as above.

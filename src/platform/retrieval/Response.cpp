@@ -16,7 +16,7 @@ constexpr std::size_t max_scopes = 1024;
 
 /// What is known of a scope in a response.
 struct Scope {
-    std::uint64_t least_date = 0;
+    MarkDates dates;
     bool is_served = false;
 };
 
@@ -79,20 +79,27 @@ CurrentCrls current_crls(const Ref<ObjectStore>& objects, std::span<const CrlMar
     std::map<Digest, Scope> scopes;
     for (const CrlMark& mark : marks) {
         if (!scopes.contains(mark.scope) && scopes.size() < max_scopes) {
-            scopes[mark.scope].least_date = seen.least_date(mark.scope, now);
+            scopes[mark.scope].dates = seen.dates(mark.scope, now);
         }
     }
     for (const CrlMark& mark : marks) {
         const auto scope = scopes.find(mark.scope);
-        if (scope != scopes.end() && is_believable(mark.this_update, now)) {
-            scope->second.least_date = std::max(scope->second.least_date, mark.this_update);
+        if (scope == scopes.end()) {
+            continue;
+        }
+        MarkDates& dates = scope->second.dates;
+        dates.newest = std::max(dates.newest, mark.this_update);
+        if (is_believable(mark.this_update, now)) {
+            dates.least = std::max(dates.least, mark.this_update);
         }
     }
     CurrentCrls current;
     std::vector<std::uint32_t> places;
     for (std::uint32_t place = 0; place < marks.size(); ++place) {
         const auto scope = scopes.find(marks[place].scope);
-        if (scope != scopes.end() && marks[place].this_update >= scope->second.least_date) {
+        const std::uint64_t date = marks[place].this_update;
+        current.lasting &= scope != scopes.end() && date >= scope->second.dates.newest;
+        if (scope != scopes.end() && date >= scope->second.dates.least) {
             scope->second.is_served = true;
             places.push_back(place);
             current.marks.push_back(marks[place]);
@@ -106,6 +113,24 @@ CurrentCrls current_crls(const Ref<ObjectStore>& objects, std::span<const CrlMar
     current.complete = places.size() == marks.size();
     current.objects = current.complete ? objects : store_with(*objects, places);
     return current;
+}
+
+CurrentPart current_part(ResponsePtr cached, const CrlMarks& seen, std::time_t now) {
+    if (cached == nullptr) {
+        return {};
+    }
+    CurrentCrls current = current_crls(cached->objects, cached->marks, seen, now);
+    if (current.complete) {
+        return {.response = std::move(cached), .lasting = current.lasting};
+    }
+    if (!current.objects) {
+        return {};
+    }
+    return {.response = std::make_shared<const Response>(
+                Response{.objects = std::move(current.objects),
+                         .marks = std::move(current.marks),
+                         .validators = cached->validators,
+                         .content_digest = cached->content_digest})};
 }
 
 } // namespace norvane

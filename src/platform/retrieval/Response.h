@@ -22,6 +22,8 @@ struct Response {
     std::time_t received = 0; ///< when a server delivered it, in seconds since 1970
 };
 
+using ResponsePtr = std::shared_ptr<const Response>;
+
 /// Reads the objects of a kind out of the parts of a response. What is no such object costs only
 /// itself. Null if there is no object. Throws std::bad_alloc.
 [[nodiscard]] Ref<ObjectStore> read_objects_of(ObjectKind kind, std::span<const ByteView> parts);
@@ -36,6 +38,7 @@ struct CurrentCrls {
     Ref<ObjectStore> objects;   ///< null if there is none
     std::vector<CrlMark> marks; ///< of `objects`
     bool complete = true;       ///< whether these are all CRLs of the response
+    bool lasting = true;        ///< complete at all times, while the marks stay as they are
     /// Of which the response has only CRLs that are older than a mark.
     std::vector<Digest> outdated_scopes;
 };
@@ -46,5 +49,14 @@ struct CurrentCrls {
 [[nodiscard]] CurrentCrls current_crls(const Ref<ObjectStore>& objects,
                                        std::span<const CrlMark> marks, const CrlMarks& seen,
                                        std::time_t now);
+
+/// What may be served of a cached response at present, which may be all of it.
+struct CurrentPart {
+    ResponsePtr response; ///< null if there is nothing
+    bool lasting = false; ///< all of it at all times, while the marks stay as they are
+};
+
+/// Throws as above.
+[[nodiscard]] CurrentPart current_part(ResponsePtr cached, const CrlMarks& seen, std::time_t now);
 
 } // namespace norvane

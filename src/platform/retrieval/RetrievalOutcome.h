@@ -8,8 +8,6 @@
 
 namespace norvane {
 
-using ResponsePtr = std::shared_ptr<const Response>;
-
 /// How a retrieval ended.
 struct RetrievalOutcome {
     DWORD error = ERROR_SUCCESS; ///< the last error, if there is no response

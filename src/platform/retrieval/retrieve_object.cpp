@@ -31,27 +31,6 @@ FetchOutcome fetch(UrlScheme scheme, const FetchRequest& request) {
     return is_ldap ? servers->ldap(request) : servers->http(request);
 }
 
-/// What may be served of a cached response at present; null if there is nothing. CRLs that another
-/// URL has delivered anew are not.
-ResponsePtr current_part(ResponsePtr cached, std::time_t now) {
-    if (cached == nullptr || cached->marks.empty()) {
-        return cached;
-    }
-    CurrentCrls current =
-        current_crls(cached->objects, cached->marks, CrlMarks(CacheFolder::instance()), now);
-    if (current.complete) {
-        return cached;
-    }
-    if (!current.objects) {
-        return nullptr;
-    }
-    return std::make_shared<const Response>(Response{.objects = std::move(current.objects),
-                                                     .marks = std::move(current.marks),
-                                                     .validators = cached->validators,
-                                                     .content_digest = cached->content_digest,
-                                                     .received = cached->received});
-}
-
 ByteView view_of(std::string_view text) {
     return {reinterpret_cast<const std::uint8_t*>(text.data()),
             static_cast<std::uint32_t>(text.size())};
@@ -69,7 +48,8 @@ std::vector<ByteView> parts_of(const ObjectStore& objects) {
 /// For a response whose CRLs are all older than marks: what is cached, if it has one of them newer.
 RetrievalOutcome instead_of_outdated(std::span<const Digest> scopes, ResponsePtr cached,
                                      std::time_t now) {
-    ResponsePtr current = current_part(std::move(cached), now);
+    const CrlMarks seen(CacheFolder::instance());
+    ResponsePtr current = current_part(std::move(cached), seen, now).response;
     const bool has_newer =
         current != nullptr && std::ranges::any_of(current->marks, [scopes](const CrlMark& mark) {
             return std::ranges::find(scopes, mark.scope) != scopes.end();
@@ -94,12 +74,12 @@ RetrievalOutcome accept(ObjectKind kind, const std::string& url, FetchedResponse
         return {CRYPT_E_NO_MATCH, nullptr};
     }
     const std::time_t now = std::time(nullptr);
-    CurrentCrls current =
-        current_crls(objects, marks_of(*objects), CrlMarks(CacheFolder::instance()), now);
+    const CrlMarks seen(CacheFolder::instance());
+    CurrentCrls current = current_crls(objects, marks_of(*objects), seen, now);
     if (!current.objects) {
         return instead_of_outdated(current.outdated_scopes, cached, now);
     }
-    CrlMarks(CacheFolder::instance()).note_served(current.marks, now);
+    seen.note_served(current.marks, now);
     if (!current.complete) {
         entry.parts = parts_of(*current.objects);
         entry.content_digest = content_digest(entry.parts);
@@ -122,11 +102,12 @@ RetrievalOutcome accept(ObjectKind kind, const std::string& url, FetchedResponse
 /// The answer when a server says that what is cached is still the right response.
 RetrievalOutcome confirm(ResponsePtr cached) {
     const std::time_t now = std::time(nullptr);
-    ResponsePtr current = current_part(std::move(cached), now);
+    const CrlMarks seen(CacheFolder::instance());
+    ResponsePtr current = current_part(std::move(cached), seen, now).response;
     if (current == nullptr) {
         return {ERROR_INVALID_DATA, nullptr};
     }
-    CrlMarks(CacheFolder::instance()).note_served(current->marks, now);
+    seen.note_served(current->marks, now);
     return {.response = std::move(current), .confirmed = true};
 }
 
@@ -193,7 +174,7 @@ RetrievalOutcome retrieve(std::string_view url, ObjectKind kind, DWORD flags, DW
     }
     if ((flags & CRYPT_CACHE_ONLY_RETRIEVAL) != 0) {
         ResponsePtr cached =
-            current_part(CachedResponses::instance().find(kind, url), std::time(nullptr));
+            CachedResponses::instance().find_current(kind, url, std::time(nullptr));
         return {cached == nullptr ? CRYPT_E_NOT_FOUND : ERROR_SUCCESS, std::move(cached)};
     }
     std::chrono::milliseconds timeout{timeout_ms};

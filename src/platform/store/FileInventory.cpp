@@ -1,5 +1,6 @@
 #include "platform/store/FileInventory.h"
 
+#include "platform/FileTime.h"
 #include "platform/config/FolderNames.h"
 
 #include <algorithm>
@@ -11,11 +12,6 @@ namespace norvane {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::int64_t nanoseconds(const timespec& time) {
-    constexpr std::int64_t per_second = 1'000'000'000;
-    return std::int64_t{time.tv_sec} * per_second + time.tv_nsec;
-}
 
 InventoryFile faulty(fs::path path, int error) {
     InventoryFile file;
@@ -30,8 +26,8 @@ InventoryFile regular(fs::path path, const struct stat& status) {
             .device = status.st_dev,
             .inode = status.st_ino,
             .size = static_cast<std::uint64_t>(status.st_size),
-            .modified_ns = nanoseconds(status.st_mtim),
-            .changed_ns = nanoseconds(status.st_ctim)};
+            .modified_ns = to_nanoseconds(status.st_mtim),
+            .changed_ns = to_nanoseconds(status.st_ctim)};
 }
 
 void add_file(fs::path path, const struct stat& status, FileInventory& files) {
@@ -101,10 +97,8 @@ FileInventory take_inventory(std::span<const fs::path> paths) {
 }
 
 bool is_unsettled(const FileInventory& files, std::chrono::system_clock::time_point now) {
-    constexpr std::chrono::nanoseconds step = std::chrono::seconds{2};
-    const std::chrono::nanoseconds recent = now.time_since_epoch() - step;
     return std::ranges::any_of(
-        files, [recent](const InventoryFile& file) { return file.changed_ns >= recent.count(); });
+        files, [now](const InventoryFile& file) { return !is_settled(file.changed_ns, now); });
 }
 
 } // namespace norvane

@@ -46,8 +46,7 @@ class UnreadableFile : public SystemFailure {
 /// and so are paths at which there is nothing. Throws UnreadableFile.
 [[nodiscard]] FileInventory take_inventory(std::span<const std::filesystem::path> paths);
 
-/// Whether a file may yet change without its state showing it, since file systems keep times in
-/// steps, which take from milliseconds to two seconds.
+/// Whether a file may yet change without its state showing it: see is_settled.
 [[nodiscard]] bool is_unsettled(const FileInventory& files,
                                 std::chrono::system_clock::time_point now);
 

@@ -1,6 +1,5 @@
 #include "platform/config/Configuration.h"
 #include "platform/config/ConfigurationText.h"
-#include "platform/config/FileText.h"
 #include "platform/config/IniReader.h"
 #include "support/ConfiguredProcess.h"
 

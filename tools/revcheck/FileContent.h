@@ -1,7 +1,7 @@
 #pragma once
 
 #include "asn1/ByteView.h"
-#include "platform/config/FileText.h"
+#include "platform/WholeFile.h"
 
 #include <cstdint>
 #include <stdexcept>

@@ -2,13 +2,11 @@
 
 #include "platform/ForkLocks.h"
 #include "platform/NeverDestroyed.h"
-#include "platform/SystemFailure.h"
+#include "platform/WholeFile.h"
 #include "platform/config/ConfigurationKeys.h"
 #include "platform/config/ConfigurationText.h"
-#include "platform/config/FileText.h"
 
 #include <atomic>
-#include <cerrno>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -20,30 +18,19 @@ constexpr const char* machine_file = "/etc/norvane/norvane.conf";
 constexpr const char* file_name = "norvane.conf";
 constexpr const char* file_variable = "NORVANE_CONFIG";
 
-/// Whether the file may be readable at the next attempt. Then the process is not to go on with
-/// another configuration than it has.
-bool is_passing(const FileFault& fault) {
-    return fault.error == ENOMEM || fault.error == EMFILE || fault.error == ENFILE ||
-           fault.error == EIO;
-}
-
 void follow_file(const ConfigurationFile& file, const UserFolders& folders,
                  Configuration& configuration) {
-    const auto content = read_file_text(file.path, max_configuration_file_size);
-    if (const auto* text = std::get_if<std::string>(&content)) {
-        follow_configuration_text(*text, file.path, folders, configuration);
+    // Throws where the file may be readable at the next attempt: the process is not to go on with
+    // another configuration than it has.
+    auto outcome = read_whole_file(file.path, {.max_size = max_configuration_file_size});
+    if (const auto* const whole = std::get_if<WholeFile>(&outcome)) {
+        follow_configuration_text(whole->bytes.text(), file.path, folders, configuration);
         return;
     }
-    const auto add_problem = [&](std::string text) {
-        configuration.problems.push_back({.file = file.path, .line = 0, .text = std::move(text)});
-    };
-    if (const auto* fault = std::get_if<FileFault>(&content)) {
-        if (is_passing(*fault)) {
-            throw_system_failure(fault->error, file.path.string() + ": " + fault->text);
-        }
-        add_problem(fault->text);
-    } else if (file.presence == FilePresence::required) {
-        add_problem("there is no such file");
+    auto& fault = std::get<FileFault>(outcome);
+    if (fault.kind != FileFault::Kind::absent || file.presence == FilePresence::required) {
+        configuration.problems.push_back(
+            {.file = file.path, .line = 0, .text = std::move(fault.text)});
     }
 }
 

@@ -3,9 +3,14 @@
 #include "platform/config/Configuration.h"
 #include "platform/config/UserFolders.h"
 
+#include <cstddef>
+#include <filesystem>
 #include <string_view>
 
 namespace norvane {
+
+/// Larger configuration files are refused.
+inline constexpr std::size_t max_configuration_file_size = 1'048'576;
 
 /// The configuration of a machine without files.
 [[nodiscard]] Configuration default_configuration(const UserFolders& folders);

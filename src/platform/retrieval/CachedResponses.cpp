@@ -3,8 +3,8 @@
 #include "asn1/Reader.h"
 #include "platform/NeverDestroyed.h"
 #include "platform/SystemFailure.h"
+#include "platform/WholeFile.h"
 #include "platform/retrieval/PrivateFile.h"
-#include "platform/retrieval/WholeFile.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -118,13 +118,14 @@ CachedResponses::Content CachedResponses::content_of(Slot& slot, ObjectKind kind
         return slot.content;
     }
     slot.content = {};
-    const auto outcome = read_whole_file(slot.path.c_str(), O_NOFOLLOW, max_file_size, is_private);
+    const auto outcome = read_whole_file(
+        slot.path, {.max_size = max_file_size, .more_flags = O_NOFOLLOW, .is_trusted = is_private});
     const auto* const file = std::get_if<WholeFile>(&outcome);
     if (file == nullptr || !CacheFolder::instance().is_usable()) {
         return {};
     }
     Content content{.identity = identity_of(file->status),
-                    .response = read_response(file->bytes, kind, url)};
+                    .response = read_response(file->bytes.text(), kind, url)};
     slot.content = content;
     lock.unlock();
     note_growth(content.identity.size + response_overhead);

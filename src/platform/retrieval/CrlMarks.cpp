@@ -1,12 +1,11 @@
 #include "platform/retrieval/CrlMarks.h"
 
+#include "platform/WholeFile.h"
 #include "platform/config/FolderNames.h"
 #include "platform/retrieval/CacheFolder.h"
 #include "platform/retrieval/PrivateFile.h"
-#include "platform/retrieval/WholeFile.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
@@ -44,15 +43,16 @@ FoundMark find(const CacheFolder& folder, const Digest& scope, MarkGround ground
     if (path.empty()) {
         return {};
     }
-    const auto outcome = read_whole_file(path.c_str(), O_NOFOLLOW, mark_file_size, is_private);
-    if (const auto* const refusal = std::get_if<FileRefusal>(&outcome)) {
-        return {.is_hidden = refusal->error_number != ENOENT};
+    const auto outcome = read_whole_file(
+        path, {.max_size = mark_file_size, .more_flags = O_NOFOLLOW, .is_trusted = is_private});
+    if (const auto* const fault = std::get_if<FileFault>(&outcome)) {
+        return {.is_hidden = fault->kind != FileFault::Kind::absent};
     }
     if (!folder.is_usable()) {
         return {.is_hidden = true};
     }
     const auto* const file = std::get_if<WholeFile>(&outcome);
-    return {.this_update = decode_mark(name, file->bytes).value_or(0),
+    return {.this_update = decode_mark(name, file->bytes.text()).value_or(0),
             .made = file->status.st_mtim.tv_sec};
 }
 

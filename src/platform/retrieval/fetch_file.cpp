@@ -1,7 +1,6 @@
+#include "platform/WholeFile.h"
 #include "platform/retrieval/Fetch.h"
-#include "platform/retrieval/WholeFile.h"
 
-#include <cerrno>
 #include <string_view>
 
 namespace norvane {
@@ -28,17 +27,17 @@ FetchOutcome fetch_file(const FetchRequest& request) {
     if (path.empty()) {
         return FetchFailure{ERROR_INTERNET_INVALID_URL};
     }
-    auto outcome = read_whole_file(path.c_str(), 0, request.size_limit);
-    if (auto* const file = std::get_if<WholeFile>(&outcome)) {
+    const auto outcome =
+        read_whole_file(path, {.max_size = static_cast<std::size_t>(request.size_limit)});
+    if (const auto* const file = std::get_if<WholeFile>(&outcome)) {
         FetchedResponse response;
-        response.parts.push_back(std::move(file->bytes));
+        response.parts.emplace_back(file->bytes.text());
         return response;
     }
-    switch (std::get<FileRefusal>(outcome).error_number) {
-    case ENOENT:
-    case ENOTDIR:
+    switch (std::get<FileFault>(outcome).kind) {
+    case FileFault::Kind::absent:
         return FetchFailure{ERROR_FILE_NOT_FOUND};
-    case EFBIG:
+    case FileFault::Kind::too_large:
         return FetchFailure{ERROR_FILE_TOO_LARGE};
     default:
         return FetchFailure{ERROR_ACCESS_DENIED};

@@ -1,14 +1,11 @@
 #pragma once
 
-#include "platform/SystemFailure.h"
+#include "platform/UnreadableFile.h"
 
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <span>
-#include <string>
-#include <system_error>
-#include <utility>
 #include <vector>
 
 namespace norvane {
@@ -27,19 +24,6 @@ struct InventoryFile {
 };
 
 using FileInventory = std::vector<InventoryFile>;
-
-/// A file or folder of a store that is there, but cannot be read now.
-class UnreadableFile : public SystemFailure {
-  public:
-    UnreadableFile(std::filesystem::path path, int error)
-        : SystemFailure(last_error_of(error), std::generic_category().message(error)),
-          path_(std::move(path)) {}
-
-    [[nodiscard]] const std::filesystem::path& path() const noexcept { return path_; }
-
-  private:
-    std::filesystem::path path_;
-};
 
 /// The files at `paths` and in those of them that are folders, but not in folders within. The order
 /// is that of the paths, and of the names in each folder; names that begin with a dot are left out,

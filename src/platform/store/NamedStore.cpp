@@ -3,7 +3,7 @@
 #include "asn1/LargePages.h"
 #include "platform/ForkLocks.h"
 #include "platform/LazyObject.h"
-#include "platform/config/FileText.h"
+#include "platform/WholeFile.h"
 #include "platform/store/ObjectFile.h"
 
 #include <algorithm>
@@ -39,26 +39,26 @@ class StoreReader {
                                             : std::generic_category().message(file.error));
             return;
         }
-        auto outcome = read_file_bytes(file.path, max_object_file_size, prefer_large_pages);
-        auto* const bytes = std::get_if<FileBytes>(&outcome);
-        if (bytes == nullptr) {
-            const auto* const fault = std::get_if<FileFault>(&outcome);
-            if (fault != nullptr && fault->error != 0) {
+        auto outcome = read_whole_file(
+            file.path, {.max_size = max_object_file_size, .prepare = prefer_large_pages});
+        if (const auto* const fault = std::get_if<FileFault>(&outcome)) {
+            if (fault->kind == FileFault::Kind::refused) {
                 throw UnreadableFile(file.path, fault->error);
             }
-            skip(file, fault == nullptr ? "the file has gone" : fault->text);
+            skip(file, fault->kind == FileFault::Kind::absent ? "the file has gone" : fault->text);
             return;
         }
-        const ObjectFile objects({bytes->octets.get(), static_cast<std::uint32_t>(bytes->size)});
+        FileBytes& bytes = std::get<WholeFile>(outcome).bytes;
+        const ObjectFile objects({bytes.octets.get(), static_cast<std::uint32_t>(bytes.size)});
         several_ = objects.objects().size() + objects.faults().size() > 1;
         for (const ObjectFile::Fault& fault : objects.faults()) {
             skip(file, numbered(fault.number, fault.text));
         }
         for (const ObjectFile::Object& object : objects.objects()) {
             if (object.kind == ObjectKind::certificate) {
-                add<SharedCertificate>(file, object, *bytes);
+                add<SharedCertificate>(file, object, bytes);
             } else {
-                add<SharedCrl>(file, object, *bytes);
+                add<SharedCrl>(file, object, bytes);
             }
         }
     }

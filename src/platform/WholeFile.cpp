@@ -1,11 +1,12 @@
-#include "platform/config/FileText.h"
+#include "platform/WholeFile.h"
 
 #include "platform/Descriptor.h"
+#include "platform/UnreadableFile.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
-#include <sys/stat.h>
+#include <new>
 #include <system_error>
 #include <unistd.h>
 #include <utility>
@@ -14,7 +15,24 @@ namespace norvane {
 namespace {
 
 FileFault fault_of(int error) {
-    return {"the file cannot be read: " + std::generic_category().message(error), error};
+    if (error == ENOENT || error == ENOTDIR) {
+        return {.kind = FileFault::Kind::absent, .text = "there is no such file"};
+    }
+    return {.kind = FileFault::Kind::refused,
+            .text = "the file cannot be read: " + std::generic_category().message(error),
+            .error = error};
+}
+
+FileFault too_large(std::size_t max_size) {
+    return {.kind = FileFault::Kind::too_large,
+            .text = "the file is larger than " + std::to_string(max_size) + " bytes"};
+}
+
+[[noreturn]] void throw_unreadable(const std::filesystem::path& path, int error) {
+    if (error == ENOMEM) {
+        throw std::bad_alloc();
+    }
+    throw UnreadableFile(path, error);
 }
 
 /// A block that grows, when a file has become longer than the system said.
@@ -68,44 +86,42 @@ std::variant<FileBytes, FileFault> read_to_end(int descriptor, std::size_t expec
         }
         block.add(static_cast<std::size_t>(count < 0 ? 0 : count));
     }
-    return FileFault{"the file is larger than " + std::to_string(max_size) + " bytes", 0};
+    return too_large(max_size);
 }
 
-std::variant<FileBytes, FileAbsent, FileFault>
-read_file_bytes(const std::filesystem::path& path, std::size_t max_size, PrepareBlock prepare) {
-    const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-    if (file.number() < 0) {
+std::variant<WholeFile, FileFault> read_whole_file(const std::filesystem::path& path,
+                                                   const ReadRules& rules) {
+    const Descriptor file(
+        open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY | rules.more_flags));
+    WholeFile whole;
+    if (file.number() < 0 || fstat(file.number(), &whole.status) != 0) {
         const int error = errno;
-        if (error == ENOENT || error == ENOTDIR) {
-            return FileAbsent{};
+        if (own_failure_of(error) != ERROR_SUCCESS) {
+            throw_unreadable(path, error);
         }
         return fault_of(error);
     }
-    struct stat status {};
-    if (fstat(file.number(), &status) != 0) {
-        return fault_of(errno);
+    if (!S_ISREG(whole.status.st_mode)) {
+        return FileFault{
+            .kind = FileFault::Kind::foreign, .text = "this is not a regular file", .error = 0};
     }
-    if (!S_ISREG(status.st_mode)) {
-        return FileFault{"this is not a regular file", 0};
+    if (rules.is_trusted != nullptr && !rules.is_trusted(whole.status)) {
+        return FileFault{
+            .kind = FileFault::Kind::foreign, .text = "the file is not trusted", .error = 0};
     }
-    auto outcome =
-        read_to_end(file.number(), static_cast<std::size_t>(status.st_size), max_size, prepare);
+    if (static_cast<std::uintmax_t>(whole.status.st_size) > rules.max_size) {
+        return too_large(rules.max_size);
+    }
+    auto outcome = read_to_end(file.number(), static_cast<std::size_t>(whole.status.st_size),
+                               rules.max_size, rules.prepare);
     if (auto* const fault = std::get_if<FileFault>(&outcome)) {
+        if (fault->kind != FileFault::Kind::too_large) {
+            throw_unreadable(path, fault->error);
+        }
         return std::move(*fault);
     }
-    return std::get<FileBytes>(std::move(outcome));
-}
-
-std::variant<std::string, FileAbsent, FileFault> read_file_text(const std::filesystem::path& path,
-                                                                std::size_t max_size) {
-    auto outcome = read_file_bytes(path, max_size);
-    if (const auto* const bytes = std::get_if<FileBytes>(&outcome)) {
-        return std::string(bytes->octets.get(), bytes->octets.get() + bytes->size);
-    }
-    if (auto* const fault = std::get_if<FileFault>(&outcome)) {
-        return std::move(*fault);
-    }
-    return FileAbsent{};
+    whole.bytes = std::get<FileBytes>(std::move(outcome));
+    return whole;
 }
 
 } // namespace norvane

@@ -102,12 +102,10 @@ std::variant<WholeFile, FileFault> read_whole_file(const std::filesystem::path& 
         return fault_of(error);
     }
     if (!S_ISREG(whole.status.st_mode)) {
-        return FileFault{
-            .kind = FileFault::Kind::foreign, .text = "this is not a regular file", .error = 0};
+        return FileFault{.kind = FileFault::Kind::foreign, .text = "this is not a regular file"};
     }
     if (rules.is_trusted != nullptr && !rules.is_trusted(whole.status)) {
-        return FileFault{
-            .kind = FileFault::Kind::foreign, .text = "the file is not trusted", .error = 0};
+        return FileFault{.kind = FileFault::Kind::foreign, .text = "the file is not trusted"};
     }
     if (static_cast<std::uintmax_t>(whole.status.st_size) > rules.max_size) {
         return too_large(rules.max_size);

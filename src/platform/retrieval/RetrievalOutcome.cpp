@@ -7,9 +7,9 @@
 
 namespace norvane {
 
-RetrievalOutcome outcome_of(const std::function<RetrievalOutcome()>& retrieve) noexcept {
+RetrievalOutcome outcome_of_thrown() noexcept {
     try {
-        return retrieve();
+        throw;
     } catch (const SystemFailure& failure) {
         return {failure.last_error(), nullptr};
     } catch (const std::bad_alloc&) {

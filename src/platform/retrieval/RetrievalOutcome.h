@@ -2,7 +2,6 @@
 
 #include "platform/retrieval/Response.h"
 
-#include <functional>
 #include <memory>
 #include <string>
 
@@ -17,8 +16,17 @@ struct RetrievalOutcome {
     bool remembered = false; ///< the failure is one of lately, and nobody was asked
 };
 
-/// The outcome of a retrieval, which may throw: then it is a failure of this process.
-[[nodiscard]] RetrievalOutcome
-outcome_of(const std::function<RetrievalOutcome()>& retrieve) noexcept;
+/// The outcome for the exception that is being caught, which is a failure of this process.
+[[nodiscard]] RetrievalOutcome outcome_of_thrown() noexcept;
+
+/// The outcome of a retrieval, which may throw.
+template <class Retrieve>
+[[nodiscard]] RetrievalOutcome outcome_of(const Retrieve& retrieve) noexcept {
+    try {
+        return retrieve();
+    } catch (...) {
+        return outcome_of_thrown();
+    }
+}
 
 } // namespace norvane

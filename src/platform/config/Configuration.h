@@ -81,7 +81,7 @@ standard_configuration_files(const std::filesystem::path& named = {});
 
 /// Reads files, of which later ones override earlier ones key by key. What cannot be followed
 /// becomes a problem and leaves in force what an earlier file or the default says. Throws
-/// std::bad_alloc and nothing else.
+/// std::bad_alloc, and UnreadableFile if a file may be readable at the next attempt.
 [[nodiscard]] Configuration load_configuration(std::span<const ConfigurationFile> files);
 
 enum class Steering : std::uint8_t { done, too_late, no_such_key, bad_value };

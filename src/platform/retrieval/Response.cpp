@@ -130,7 +130,8 @@ CurrentPart current_part(ResponsePtr cached, const CrlMarks& seen, std::time_t n
                 Response{.objects = std::move(current.objects),
                          .marks = std::move(current.marks),
                          .validators = cached->validators,
-                         .content_digest = cached->content_digest})};
+                         .content_digest = cached->content_digest,
+                         .received = cached->received})};
 }
 
 } // namespace norvane

@@ -1,11 +1,14 @@
 // Asks the dispatcher for verdicts about anything at all, with any stores and URLs, and holds each
-// against the three that there are: good, revoked, no check. Each question is asked a second time
-// with a verification failing for want of memory: whatever the material, that is no check.
+// against the three that there are: good, revoked, no check. Each question is asked again with a
+// listener, which changes nothing, and with a verification failing for want of memory: whatever the
+// material, that is no check.
 //
 // Signatures are made up, so that mutated material still hangs together: one is good if its first
 // octet is the last octet of the key. There is no network: every URL delivers the same objects.
 
 #include "VerdictInput.h"
+
+#include "support/RecordWalk.h"
 
 #include <norvane/revocation.h>
 
@@ -124,14 +127,23 @@ void check_crl_info(BOOL result, DWORD error, const CERT_REVOCATION_CRL_INFO& in
     CertFreeCRLContext(info.pDeltaCrlContext);
 }
 
-void ask() {
+struct Answer {
+    BOOL result = FALSE;
+    DWORD error = 0;
+    DWORD reason = 0;
+    DWORD index = 0;
+
+    [[nodiscard]] bool operator==(const Answer&) const = default;
+};
+
+Answer ask() {
     std::list<CallersCertificate> certificates;
     std::vector<PVOID> contexts;
     for (const Bytes bytes : world.of(VerdictObject::subject)) {
         contexts.push_back(const_cast<CERT_CONTEXT*>(certificates.emplace_back(bytes).get()));
     }
     if (contexts.empty()) {
-        return;
+        return {};
     }
     std::optional<CallersCertificate> hint;
     for (const Bytes bytes : world.of(VerdictObject::issuer_hint)) {
@@ -166,6 +178,7 @@ void ask() {
     check_crl_info(result, status.dwError, crl_info);
     CertCloseStore(store, 0);
     CertCloseStore(crl_store, 0);
+    return {result, status.dwError, status.dwReason, status.dwIndex};
 }
 
 } // namespace
@@ -238,11 +251,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     require(configured);
     if (size != 0) {
         world = read_world({data, size});
-        ask();
+        const Answer answer = ask();
         if (const std::size_t count = std::exchange(world.verifications, 0); count != 0) {
             world.failing_verification = 1 + size % count;
             ask();
         }
+        world.failing_verification = 0;
+        const norvane::testing::RecordWalk walk;
+        require(ask() == answer);
+        require(walk.open_branches() == 0);
     }
     return 0;
 }

@@ -1,5 +1,6 @@
 // The decision about every case of the public test suite PKITS that concerns it.
 #include "platform/StoreMaterial.h"
+#include "support/RecordWalk.h"
 
 #include <norvane/revocation.h>
 
@@ -110,7 +111,13 @@ TEST_F(Pkits, EachCaseIsDecidedAsItMustBeAndEachTimeInTheSameWay) {
         const std::string decision = decide(row);
         EXPECT_NE(std::ranges::find(row.decisions, decision), row.decisions.end())
             << row.test << ": " << decision << ", not " << row.decisions.front();
-        EXPECT_EQ(decide(row), decision) << row.test;
+        const RecordWalk walk;
+        EXPECT_EQ(decide(row), decision) << row.test << " with a listener";
+        EXPECT_EQ(walk.open_branches(), 0U) << row.test;
+        EXPECT_EQ(walk.outcome(), decision == "good"       ? "good"
+                                  : decision == "no_check" ? "not_checked"
+                                                           : "revoked")
+            << row.test;
     }
 }
 

@@ -126,12 +126,12 @@ CurrentPart current_part(ResponsePtr cached, const CrlMarks& seen, std::time_t n
     if (!current.objects) {
         return {};
     }
-    return {.response = std::make_shared<const Response>(
-                Response{.objects = std::move(current.objects),
-                         .marks = std::move(current.marks),
-                         .validators = cached->validators,
-                         .content_digest = cached->content_digest,
-                         .received = cached->received})};
+    return {.response =
+                std::make_shared<const Response>(Response{.objects = std::move(current.objects),
+                                                          .marks = std::move(current.marks),
+                                                          .validators = cached->validators,
+                                                          .content_digest = cached->content_digest,
+                                                          .received = cached->received})};
 }
 
 } // namespace norvane

@@ -57,8 +57,6 @@ inline constexpr Event crl_gathered{"crl_gathered"};
 inline constexpr Event delta_gathered{"delta_gathered", "RFC 5280 5.2.4"};
 inline constexpr Event crl_urls{"crl_urls", "RFC 5280 4.2.1.13"};
 inline constexpr Event delta_urls{"delta_urls", "RFC 5280 5.2.6"};
-inline constexpr Event certificate_names_no_crl_url{"certificate_names_no_crl_url",
-                                                    "RFC 5280 4.2.1.13"};
 inline constexpr Event budget_spent{"budget_spent"};
 inline constexpr Event url_asked_already{"url_asked_already"};
 

@@ -1,5 +1,5 @@
 # Installs the build, moves the tree, asks revcheck there for a verdict, and builds and runs the
-# example program with the CMake package there.
+# example programs with the CMake package there.
 set(work ${BUILD}/installed-tree)
 set(tree ${work}/moved)
 file(REMOVE_RECURSE ${work})
@@ -21,7 +21,9 @@ run("GOOD" ${tree}/${BINDIR}/revcheck --root ${stores}/Root --ca ${stores}/CA --
 
 run("" ${CMAKE_COMMAND} -G ${GENERATOR} -S ${SOURCE}/tests/packaging/program -B ${work}/program
     -DCMAKE_PREFIX_PATH=${tree} -DCMAKE_C_COMPILER=${COMPILER}
-    -DPROGRAM=${SOURCE}/examples/verdict.c)
+    -DEXAMPLES=${SOURCE}/examples)
 run("" ${CMAKE_COMMAND} --build ${work}/program)
 run("" openssl x509 -in ${SOURCE}/examples/rsa-revoked.pem -outform DER -out ${work}/revoked.der)
 run("revoked, reason 1" ${work}/program/verdict ${stores}/Root ${stores}/CA ${work}/revoked.der)
+run("certificate_listed reason=1.*\n-> revoked" ${work}/program/why ${stores}/Root ${stores}/CA
+    ${work}/revoked.der)

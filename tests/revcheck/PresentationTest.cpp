@@ -106,4 +106,20 @@ TEST(Help, AndManPageTellTheSameOptions) {
     EXPECT_THAT(run_revcheck({"--version"}).out, ::testing::MatchesRegex("revcheck [0-9.]+\n"));
 }
 
+// What the decision can say, the tool has words for and the documents explain.
+TEST(Events, HaveWordsAndALineInTheDocuments) {
+    const std::string events = content_of(PROJECT_FOLDER "/src/record/Event.h");
+    const std::string words = content_of(PROJECT_FOLDER "/tools/revcheck/EventWords.cpp");
+    const std::string lines = content_of(PROJECT_FOLDER "/docs/decision-record.md");
+    const std::regex code("Event \\w+\\{\\s*\"(\\w+)\"");
+    std::size_t count = 0;
+    for (std::sregex_iterator at(events.begin(), events.end(), code), end; at != end; ++at) {
+        const std::string each = (*at)[1];
+        EXPECT_NE(words.find("{\"" + each + "\""), std::string::npos) << each;
+        EXPECT_NE(lines.find("`" + each + "`"), std::string::npos) << each;
+        ++count;
+    }
+    EXPECT_GT(count, 90U);
+}
+
 } // namespace norvane::testing

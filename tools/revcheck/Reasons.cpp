@@ -179,6 +179,7 @@ std::vector<Reason> find_reasons(const DecisionRecord& record, std::size_t quest
     }
     Failure decisive;
     std::vector<Reason> retrievals;
+    std::vector<Reason> misses; // of the cache
     const Range whole{question + 1, nodes[question].end};
     const auto is_of_the_question = [](std::uint16_t distance) { return distance >= 900; };
     for_each_failure(nodes, whole, [&](const Failure& failure) {
@@ -190,9 +191,12 @@ std::vector<Reason> find_reasons(const DecisionRecord& record, std::size_t quest
         if (failure.distance > decisive.distance) {
             decisive = failure;
         }
-        const bool is_from_network = failure.reason.retrieval != nullptr &&
-                                     failure.reason.retrieval->value("from") == "network";
-        if (is_from_network && failure.distance != 0 && retrievals.size() < max_retrievals) {
+        if (failure.reason.retrieval == nullptr) {
+            return;
+        }
+        if (failure.reason.event->code == "not_in_the_cache") {
+            misses.push_back(failure.reason);
+        } else if (failure.distance != 0 && failure.reason.retrieval->value("from") == "network") {
             retrievals.push_back(failure.reason);
         }
     });
@@ -208,11 +212,14 @@ std::vector<Reason> find_reasons(const DecisionRecord& record, std::size_t quest
             std::ranges::copy(find_reasons(record, *inner), std::back_inserter(reasons));
         }
     }
-    for (const Reason& retrieval : retrievals) {
-        if (retrieval.event != decisive.reason.event && reasons.size() < max_lines - 1) {
-            reasons.push_back(retrieval);
-        }
+    std::erase_if(retrievals, [&](const Reason& retrieval) {
+        return retrieval.event == decisive.reason.event;
+    });
+    if (retrievals.empty() && decisive.distance < first_retrieval_distance) {
+        retrievals = std::move(misses); // Nobody was asked, and something is missing.
     }
+    retrievals.resize(std::min(retrievals.size(), max_retrievals));
+    std::ranges::copy(retrievals, std::back_inserter(reasons));
     return reasons;
 }
 

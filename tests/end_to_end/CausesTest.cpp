@@ -32,6 +32,7 @@ struct Material {
     CrlBuilder root_crl{.issuer = common_name("Root")};
     std::vector<DistributionPoint> points = {}; // of the leaf, beside those that are retrieved
     Key crl_key = Key::ec(1);                   // of all but the first: key 2
+    Key ca_key = Key::ec(2);                    // signs what the CA itself issues for a CA
     std::function<Bytes(CertificateBuilder)> sign_leaf =
         [](const CertificateBuilder& unsigned_leaf) { return unsigned_leaf.sign(Key::ec(1)); };
     Arguments options = {};
@@ -122,6 +123,16 @@ const Cause causes[] = {
          m.crl().extensions = {crl_number(integer(1)), delta_place};
      }},
     {"delta_expired", [](Material& m) { add_delta(m, past); }},
+    {"delta_not_signed_by_signer",
+     [](Material& m) {
+         add_delta(m, future);
+         m.crl_key = Key::ec(1);
+     }},
+    {"member_under_check_already",
+     [](Material& m) { // Its key is vouched for by a CRL that it has signed itself.
+         m.signer().issuer = common_name("CA");
+         m.ca_key = Key::ec(1);
+     }},
     {"crl_number_missing", [](Material& m) { m.crl().extensions = {delta_place}; }},
     {"certificate_expired", [](Material& m) { m.ca().not_after = past; }},
     {"signature_wrong", [](Material& m) { m.ca().spki = Key::ec(4).spki(); }},
@@ -162,7 +173,7 @@ std::string check(const TemporaryFolder& folder, const Material& material, Argum
     const std::string configuration = folder.write("norvane.conf", material.configuration);
     arguments.insert(arguments.end(),
                      {"--json", "--config", configuration, "--time", "2026-06-01T00:00:00Z",
-                      "--cache-dir", folder.path() / "cache", "--timeout", "2000"});
+                      "--cache-dir", folder.path() / "cache"});
     arguments.insert(arguments.end(), material.options.begin(), material.options.end());
     const Ending ending = run_revcheck(arguments);
     EXPECT_EQ(ending.err, "");
@@ -172,7 +183,7 @@ std::string check(const TemporaryFolder& folder, const Material& material, Argum
 std::vector<Bytes> signed_cas(const Material& material) {
     std::vector<Bytes> all;
     for (const CertificateBuilder& ca : material.cas)
-        all.push_back(ca.sign(ca.issuer == common_name("CA") ? Key::ec(2) : Key::ec(0)));
+        all.push_back(ca.sign(ca.issuer == common_name("CA") ? material.ca_key : Key::ec(0)));
     return all;
 }
 
@@ -215,7 +226,8 @@ std::string check_over_network(Material material) {
             server.on(path, reply_of(crls[i]));
     }
     for (CertificateBuilder& ca : material.cas)
-        ca.extensions.push_back(crl_distribution_points({at(server.url("/root"))}));
+        ca.extensions.push_back(crl_distribution_points(
+            {at(server.url(ca.issuer == common_name("CA") ? "/crl0" : "/root"))}));
     std::vector<std::string> urls{server.url("/ca0")};
     const std::vector<Bytes> cas = signed_cas(material);
     for (std::size_t i = 0; i < cas.size(); ++i) {
@@ -244,6 +256,52 @@ TEST(Causes, AreNamedWhetherTheMaterialCameByHandOrOverTheNetwork) {
         const std::string there = *cause.over_network == '\0' ? cause.code : cause.over_network;
         EXPECT_THAT(check_over_network(material), ::testing::HasSubstr(there))
             << "row " << row << " over the network";
+    }
+}
+
+TEST(Causes, OfRetrievalsAreNamedWithTheUrl) {
+    HttpServer server;
+    const HttpServer silent(HttpServer::Accepts::nothing);
+    server.on("/page", http_reply("<html>Welcome</html>"));
+    server.on("/large", http_reply(std::string(5000, 'x')));
+    server.on("/there", http_redirect("ftp://127.0.0.1/crl"));
+    const std::string on_server = server.url("").substr(std::string("http").size());
+    struct Row {
+        std::string url;
+        std::string codes;
+        Arguments options = {"--timeout", "2000"};
+    };
+    std::vector<Row> rows = {
+        {server.url("/nothing"), "http_status"},
+        {server.url("/page"), "response_without_object"},
+        {server.url("/large"), "response_too_large"},
+        {server.url("/there"), "redirection_failed"},
+        {"http://nowhere.invalid/crl", "name_not_resolved"},
+        {"http://127.0.0.1:1/crl", "server_not_reached"},
+        {silent.url("/crl"), "server_silent", {"--timeout", "200"}},
+        {"https" + on_server + "/crl", "tls_failed"},
+        {"ftp://127.0.0.1/crl", "scheme_not_allowed"},
+        {"http:///crl", "url_refused"},
+        {server.url("/nothing"), "budget_spent", {"--accumulative", "--timeout", "0"}},
+        {server.url("/nothing"), "crl_missing not_in_the_cache", {"--cache-only"}}};
+    std::optional<LdapServer> directory;
+    if (LdapServer::is_installed()) {
+        directory.emplace(std::vector<LdapEntry>{});
+        rows.push_back({directory->url("cn=CA,o=Test"), "entry_missing"});
+    }
+    for (const Row& row : rows) {
+        Material material;
+        const TemporaryFolder folder;
+        material.configuration = "[retrieval]\nresponse_limit = 4096\n";
+        material.leaf.extensions = {crl_distribution_points({at(row.url)})};
+        material.options = row.options;
+        const std::string root = folder.write("root.cer", text(material.root.sign(Key::ec(0))));
+        const std::string ca = folder.write("ca.cer", text(signed_cas(material).at(0)));
+        EXPECT_EQ(check(folder, material,
+                        {folder.write("leaf.cer", text(material.leaf.sign(Key::ec(1)))), "--root",
+                         root, "--ca", ca}),
+                  "no_check " + row.codes)
+            << row.url;
     }
 }
 

@@ -2,7 +2,7 @@
 
 #include "platform/store/guarded.h"
 
-#include <cstring>
+#include <algorithm>
 #include <limits>
 
 namespace norvane {
@@ -65,9 +65,11 @@ std::u16string to_utf16(std::string_view text) {
 
 } // namespace norvane
 
+// NOLINTBEGIN(readability-non-const-parameter): the signature is the platform's
 int WideCharToMultiByte(UINT CodePage, DWORD dwFlags, LPCWSTR lpWideCharStr, int cchWideChar,
                         LPSTR lpMultiByteStr, int cbMultiByte, LPCSTR lpDefaultChar,
                         BOOL* lpUsedDefaultChar) noexcept {
+    // NOLINTEND(readability-non-const-parameter)
     const bool buffer_is_usable =
         cbMultiByte == 0 || (cbMultiByte > 0 && lpMultiByteStr != nullptr);
     if (CodePage != CP_UTF8 || dwFlags != 0 || lpWideCharStr == nullptr || cchWideChar < 1 ||
@@ -84,7 +86,7 @@ int WideCharToMultiByte(UINT CodePage, DWORD dwFlags, LPCWSTR lpWideCharStr, int
             if (text.size() > static_cast<std::size_t>(cbMultiByte)) {
                 return norvane::fail(ERROR_INSUFFICIENT_BUFFER);
             }
-            std::memcpy(lpMultiByteStr, text.data(), text.size());
+            std::ranges::copy(text, lpMultiByteStr);
         }
         return static_cast<int>(text.size());
     });

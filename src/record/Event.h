@@ -4,7 +4,7 @@ namespace norvane {
 
 /// What a place in a decision has to say, apart from the objects that it is about.
 struct Event {
-    const char* code;                ///< a word that never changes its meaning
+    const char* code = nullptr;      ///< a word that never changes its meaning
     const char* reference = nullptr; ///< where the rule stands; null where none does
 };
 

@@ -4,6 +4,7 @@
 #include "record/Event.h"
 
 #include <array>
+#include <concepts>
 #include <cstdint>
 #include <exception>
 #include <optional>
@@ -30,14 +31,10 @@ struct RecordText<std::string_view> {
     static std::string of(std::string_view text) { return std::string(text); }
 };
 
-template <>
-struct RecordText<std::uint32_t> {
-    static std::string of(std::uint32_t number) { return std::to_string(number); }
-};
-
-template <>
-struct RecordText<std::uint64_t> {
-    static std::string of(std::uint64_t number) { return std::to_string(number); }
+/// In decimal.
+template <std::unsigned_integral T>
+struct RecordText<T> {
+    static std::string of(T number) { return std::to_string(number); }
 };
 
 template <class T>
@@ -51,9 +48,9 @@ struct RecordText<std::optional<T>> {
 struct RecordPart {
     enum class Kind : std::uint8_t { certificate, crl, value };
 
-    Kind kind;
-    const char* name; ///< the role of an object, or the name of a value
-    ByteView encoded; ///< of an object
+    Kind kind = Kind::value;
+    const char* name = nullptr; ///< the role of an object, or the name of a value
+    ByteView encoded;           ///< of an object
     std::string (*text_of)(const void* value) = nullptr;
     const void* value = nullptr;
 };

@@ -11,6 +11,7 @@ Tells whether certificates are revoked, and what that verdict rests on.
 
 CERT is a file in PEM or DER, or a folder of such files; - is standard input. Of a
 file with several certificates each is checked.
+  -r, --recursive   go into the folders within a folder, too
 
 Examples:
   revcheck server.pem

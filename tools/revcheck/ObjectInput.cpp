@@ -48,9 +48,35 @@ void add_object(HCERTSTORE store, const ObjectFile::Object& object, const std::s
     }
 }
 
+/// The names in a folder, sorted, without those that begin with a dot. Throws InputError.
+std::vector<std::string> visible_names_in(const std::string& folder) {
+    auto outcome = names_in_folder(folder);
+    if (const int* const fault = std::get_if<int>(&outcome)) {
+        throw InputError(std::generic_category().message(*fault));
+    }
+    auto& names = std::get<std::vector<std::string>>(outcome);
+    std::erase_if(names, [](const std::string& name) { return name.starts_with('.'); });
+    std::ranges::sort(names);
+    return std::move(names);
+}
+
+void add_files_of_folder(const std::string& folder, Descent descent, InputFiles& files) {
+    for (const std::string& name : visible_names_in(folder)) {
+        const std::string path = (fs::path(folder) / name).string();
+        std::error_code error;
+        if (!fs::is_directory(path, error)) {
+            files.paths.push_back(path);
+        } else if (descent == Descent::none || fs::is_symlink(path, error)) {
+            files.passed_over.push_back(path);
+        } else {
+            add_files_of_folder(path, descent, files);
+        }
+    }
+}
+
 } // namespace
 
-InputFiles files_at(const std::string& path) {
+InputFiles files_at(const std::string& path, Descent descent) {
     std::error_code error;
     const fs::file_status status = fs::status(path, error);
     if (!fs::exists(status)) {
@@ -59,20 +85,10 @@ InputFiles files_at(const std::string& path) {
                              : "there is no such file or folder");
     }
     if (!fs::is_directory(status)) {
-        return {{path}, FileOrigin::named};
+        return {.paths = {path}};
     }
-    const auto names = names_in_folder(path);
-    if (const int* const fault = std::get_if<int>(&names)) {
-        throw InputError(std::generic_category().message(*fault));
-    }
-    InputFiles files{{}, FileOrigin::in_folder};
-    for (const std::string& name : std::get<std::vector<std::string>>(names)) {
-        const fs::path file = fs::path(path) / name;
-        if (!name.starts_with('.') && !fs::is_directory(file, error)) {
-            files.paths.push_back(file.string());
-        }
-    }
-    std::ranges::sort(files.paths);
+    InputFiles files{.origin = FileOrigin::in_folder};
+    add_files_of_folder(path, descent, files);
     return files;
 }
 
@@ -97,21 +113,14 @@ CertificateHandle make_certificate(const ObjectFile::Object& object, const std::
     return certificate;
 }
 
-void for_each_file(const std::string& path, const FileVisitor& visit, const FaultSink& faults) {
-    const auto guarded = [&faults](const std::string& name, const auto& action) {
+void for_each_file(const InputFiles& files, const FileVisitor& visit, const FaultSink& faults) {
+    for (const std::string& name : files.paths) {
         try {
-            action();
+            visit(name, FileContent::of_file(name, files.origin), files.origin);
         } catch (const InputError& error) {
             faults(name, error.what());
         }
-    };
-    guarded(path, [&] {
-        const InputFiles files = files_at(path);
-        for (const std::string& name : files.paths) {
-            guarded(name,
-                    [&] { visit(name, FileContent::of_file(name, files.origin), files.origin); });
-        }
-    });
+    }
 }
 
 void add_objects(HCERTSTORE store, const std::string& path, const FaultSink& faults) {
@@ -123,7 +132,11 @@ void add_objects(HCERTSTORE store, const std::string& path, const FaultSink& fau
             add_object(store, object, object_name(name, file, object.number), faults);
         }
     };
-    for_each_file(path, add_all, faults);
+    try {
+        for_each_file(files_at(path), add_all, faults);
+    } catch (const InputError& error) {
+        faults(path, error.what());
+    }
 }
 
 StoreHolder make_store() {

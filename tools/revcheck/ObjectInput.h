@@ -29,22 +29,25 @@ using StoreHolder = std::unique_ptr<void, CloseStore>;
 /// Takes what of an input could not be taken: its name, and why in words.
 using FaultSink = std::function<void(const std::string& name, const std::string& reason)>;
 
+/// Whether folders within a folder are gone into. Links to folders never are.
+enum class Descent : std::uint8_t { none, recursive };
+
 struct InputFiles {
-    std::vector<std::string> paths;
+    std::vector<std::string> paths = {};
+    std::vector<std::string> passed_over = {}; ///< folders within the folder
     FileOrigin origin = FileOrigin::named;
 };
 
 /// The path itself, or of a folder the files in it, in the order of their names and without those
 /// that begin with a dot. Throws InputError if there is nothing at the path or the folder cannot be
 /// read.
-[[nodiscard]] InputFiles files_at(const std::string& path);
+[[nodiscard]] InputFiles files_at(const std::string& path, Descent descent = Descent::none);
 
 using FileVisitor =
     std::function<void(const std::string& name, const FileContent& content, FileOrigin origin)>;
 
-/// Visits the file at the path, or each file of the folder there. What cannot be read is told and
-/// costs only itself.
-void for_each_file(const std::string& path, const FileVisitor& visit, const FaultSink& faults);
+/// Visits the files, or tells why one cannot be read, which costs only itself.
+void for_each_file(const InputFiles& files, const FileVisitor& visit, const FaultSink& faults);
 
 /// The name of an object of an input: that of the input, and with "#" the number in it where there
 /// are several.

@@ -44,6 +44,7 @@ Options parse_options(int argc, const char* const* argv) {
     CLI::App app;
     app.set_help_flag();
     app.add_option("CERT", options.certificates);
+    app.add_flag("--recursive,-r", options.recursive);
     add_paths(app, "--root", options.root);
     add_paths(app, "--ca", options.ca);
     add_paths(app, "--certs", options.certs);

@@ -32,6 +32,7 @@ struct Options {
     std::vector<std::string> ca;
     std::vector<std::string> certs; ///< a store each
     std::vector<std::string> crls;
+    bool recursive = false;       ///< go into folders within the folders of certificates
     std::string issuer;           ///< empty: no hint
     std::optional<FILETIME> time; ///< nothing: the present
     std::optional<DWORD> timeout_ms;

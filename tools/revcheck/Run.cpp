@@ -57,6 +57,9 @@ ExitCode Run::run() {
 
 void Run::read_stores() {
     read_system_store(options_.root, NORVANE_W("Root"));
+    for (const std::string& path : options_.root) {
+        require_certificate(path);
+    }
     read_system_store(options_.ca, NORVANE_W("CA"));
     for (const std::string& path : options_.certs) {
         add_objects(stores_.certs.emplace_back(make_store()).get(), path, fault_);
@@ -99,6 +102,29 @@ void Run::read_system_store(const std::vector<std::string>& paths, const WCHAR* 
     }
 }
 
+/// A trust store that is empty by mistake makes everything a no check, and should not do so in
+/// silence.
+void Run::require_certificate(const std::string& path) {
+    std::size_t count = 0;
+    std::size_t faults = 0;
+    try {
+        for_each_file(
+            files_at(path),
+            [&](const std::string& /*name*/, const FileContent& content, FileOrigin /*origin*/) {
+                const ObjectFile file(content.bytes());
+                faults += file.faults().size();
+                count += static_cast<std::size_t>(std::ranges::count(
+                    file.objects(), ObjectKind::certificate, &ObjectFile::Object::kind));
+            },
+            [&](const std::string& /*name*/, const std::string& /*reason*/) { ++faults; });
+    } catch (const InputError&) {
+        return; // This was told already.
+    }
+    if (count == 0 && faults == 0) {
+        fault_(path, "no certificate in it, so that nothing is trusted");
+    }
+}
+
 void Run::read_issuer() {
     const std::string& name = options_.issuer;
     try {
@@ -121,16 +147,34 @@ void Run::read_issuer() {
 }
 
 void Run::check_input(const std::string& argument) {
-    if (argument != standard_input) {
-        const auto check = [this](const std::string& name, const FileContent& content,
-                                  FileOrigin origin) { check_file(name, content, origin); };
-        for_each_file(argument, check, fault_);
-        return;
-    }
     try {
-        check_file(argument, FileContent::of_standard_input(), FileOrigin::named);
+        if (argument == standard_input) {
+            check_file(argument, FileContent::of_standard_input(), FileOrigin::named);
+        } else {
+            check_files(argument);
+        }
     } catch (const InputError& error) {
         fault_(argument, error.what());
+    }
+}
+
+/// What is not looked at is named: silence would pass for good.
+void Run::check_files(const std::string& path) {
+    const InputFiles files =
+        files_at(path, options_.recursive ? Descent::recursive : Descent::none);
+    const std::size_t before = certificates_;
+    for_each_file(
+        files,
+        [this](const std::string& name, const FileContent& content, FileOrigin origin) {
+            check_file(name, content, origin);
+        },
+        fault_);
+    for (const std::string& folder : files.passed_over) {
+        console_.complain(folder, options_.recursive ? "a link to a folder is passed over"
+                                                     : "passed over; --recursive goes into it");
+    }
+    if (files.origin == FileOrigin::in_folder && certificates_ == before) {
+        fault_(path, "no certificate in the folder");
     }
 }
 
@@ -143,6 +187,7 @@ void Run::check_file(const std::string& name, const FileContent& content, FileOr
             continue;
         }
         has_certificate = true;
+        ++certificates_;
         std::string each = object_name(name, file, object.number);
         if (auto context = make_certificate(object, each, fault_)) {
             take({std::move(each), std::move(context)});

@@ -30,7 +30,9 @@ class Run {
     void read_stores();
     void read_system_store(const std::vector<std::string>& paths, const WCHAR* name);
     void read_issuer();
+    void require_certificate(const std::string& path);
     void check_input(const std::string& argument);
+    void check_files(const std::string& path);
     void check_file(const std::string& name, const FileContent& content, FileOrigin origin);
     void take(Held certificate);
     void check_list();
@@ -46,8 +48,9 @@ class Run {
     Stores stores_;
     Checker checker_;
     const Colour colour_;
-    bool told_ = false;      ///< Something was told to people.
-    std::vector<Held> list_; ///< What is to be checked in one call.
+    std::size_t certificates_ = 0; ///< that were found in inputs
+    bool told_ = false;            ///< Something was told to people.
+    std::vector<Held> list_;       ///< What is to be checked in one call.
 };
 
 } // namespace norvane

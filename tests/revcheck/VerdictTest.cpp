@@ -81,6 +81,16 @@ TEST(Verdict, TellsNumbersInFullAndThatThereIsNone) {
     EXPECT_EQ(unnumbered["reason_code"], 0) << "an entry without a reason";
 }
 
+TEST(Verdict, IsForTheMomentInEachWayToTellIt) {
+    const char* const midnight[] = {"2026-01-31", "2026-01-31T03:00:00+03:00",
+                                    "2026-01-30T19:30:00.5-04:30", "@1769817600"};
+    for (const char* time : midnight) {
+        const Ending ending =
+            run_revcheck(with_samples({"--json", "--time", time, examples + "rsa-good.pem"}));
+        EXPECT_EQ(ending.verdicts().at(0)["time"], "2026-01-31T00:00:00Z") << time;
+    }
+}
+
 TEST(List, StopsAtTheFirstThatIsNotGoodAndTellsThoseBefore) {
     const std::string good = examples + "rsa-good.pem";
     const std::string revoked = examples + "rsa-revoked.pem";

@@ -1,5 +1,6 @@
 #include "Configure.h"
 
+#include <cstdlib>
 #include <filesystem>
 #include <new>
 #include <string>
@@ -55,6 +56,8 @@ void configure(const Options& options) {
         set("--ca", "stores", "CA", path_list(options.ca));
     }
     if (!options.cache_folder.empty()) {
+        // The variable would win over the setting, and options win over everything.
+        unsetenv("NORVANE_CACHE_DIR"); // NOLINT(concurrency-mt-unsafe): there are no threads yet
         set("--cache-dir", "retrieval", "cache_folder", absolute(options.cache_folder));
     }
     if (options.strict_pkup) {

@@ -30,7 +30,8 @@ each may be given several times):
   --issuer FILE     a certificate of the issuer, as a hint
 
 How to check:
-  --time TIME       as of TIME, in UTC: 2026-01-31T09:30:00Z; otherwise as of now
+  --time TIME       as of TIME: 2026-01-31T09:30:00Z, with an offset such as +03:00 in
+                    place of Z, a date alone (UTC), or @SECONDS since 1970
   --cache-only      no network: stores and what earlier retrievals have left
   --timeout MS      milliseconds for one retrieval (5000); 0 for the configured limit
   --accumulative    the time-out is for all retrievals of CRLs for a certificate together,

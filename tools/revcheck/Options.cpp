@@ -23,8 +23,9 @@ std::optional<FILETIME> time_option(const std::string& text) {
     }
     const auto time = parse_time(text);
     if (!time) {
-        throw UsageError("--time: \"" + text +
-                         "\" is not a time in UTC such as 2026-01-31T09:30:00Z");
+        throw UsageError(
+            "--time: \"" + text +
+            "\" is not a time such as 2026-01-31T09:30:00Z, 2026-01-31 or @1769851800");
     }
     return time;
 }

@@ -3,6 +3,8 @@
 #include <array>
 #include <charconv>
 #include <cstdio>
+#include <limits>
+#include <string>
 
 namespace norvane {
 namespace {
@@ -42,8 +44,52 @@ bool take_fraction(std::string_view& text) {
     return found;
 }
 
-bool is_utc(std::string_view zone) {
-    return zone == "Z" || zone == "z" || zone == "+00:00" || zone == "-00:00";
+constexpr std::int64_t ticks_per_second = 10'000'000;
+constexpr std::int64_t seconds_of_a_minute = 60;
+constexpr std::int64_t seconds_from_1601_to_1970 = 11'644'473'600;
+
+/// Takes "Z", or an offset such as "+03:00" in seconds, which must be all there is.
+std::optional<std::int64_t> take_offset(std::string_view text) {
+    if (text == "Z" || text == "z") {
+        return 0;
+    }
+    constexpr std::int64_t minutes_of_an_hour = 60;
+    const bool is_west = text.starts_with('-');
+    if (!take_one_of(text, "+-")) {
+        return std::nullopt;
+    }
+    const auto hours = take_number(text, 2);
+    if (!hours || !take_one_of(text, ":")) {
+        return std::nullopt;
+    }
+    const auto minutes = take_number(text, 2);
+    if (!minutes || !text.empty() || *hours >= 24 || *minutes >= minutes_of_an_hour) {
+        return std::nullopt;
+    }
+    const std::int64_t seconds = (*hours * minutes_of_an_hour + *minutes) * seconds_of_a_minute;
+    return is_west ? -seconds : seconds;
+}
+
+/// The moment so many seconds after 1601; nothing if there is none.
+std::optional<FILETIME> moment(std::int64_t seconds) {
+    SYSTEMTIME fields{};
+    if (seconds < 0 || seconds > std::numeric_limits<std::int64_t>::max() / ticks_per_second) {
+        return std::nullopt;
+    }
+    const auto ticks = static_cast<std::uint64_t>(seconds * ticks_per_second);
+    const FILETIME time{static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32U)};
+    return FileTimeToSystemTime(&time, &fields) != FALSE ? std::optional(time) : std::nullopt;
+}
+
+/// Seconds since 1970, behind "@".
+std::optional<FILETIME> parse_epoch(std::string_view digits) {
+    std::int64_t seconds = 0;
+    const char* const end = digits.data() + digits.size();
+    const auto [stop, fault] = std::from_chars(digits.data(), end, seconds);
+    const bool is_whole =
+        fault == std::errc() && stop == end &&
+        seconds < std::numeric_limits<std::int64_t>::max() - seconds_from_1601_to_1970;
+    return is_whole ? moment(seconds + seconds_from_1601_to_1970) : std::nullopt;
 }
 
 } // namespace
@@ -63,6 +109,9 @@ std::string time_text(const FILETIME& time) {
 bool is_set(const FILETIME& time) noexcept { return ticks(time) != 0; }
 
 std::optional<FILETIME> parse_time(std::string_view text) {
+    if (text.starts_with('@')) {
+        return parse_epoch(text.substr(1));
+    }
     struct Field {
         WORD SYSTEMTIME::*member;
         std::size_t digits;
@@ -74,6 +123,11 @@ std::optional<FILETIME> parse_time(std::string_view text) {
                                            {&SYSTEMTIME::wHour, 2, ":"},
                                            {&SYSTEMTIME::wMinute, 2, ":"},
                                            {&SYSTEMTIME::wSecond, 2, ""}}};
+    constexpr std::size_t date_length = 10;
+    const std::string midnight = std::string(text) + "T00:00:00Z";
+    if (text.size() == date_length) {
+        text = midnight;
+    }
     SYSTEMTIME fields{};
     for (const Field& field : layout) {
         const auto number = take_number(text, field.digits);
@@ -83,10 +137,12 @@ std::optional<FILETIME> parse_time(std::string_view text) {
         fields.*field.member = *number;
     }
     FILETIME time{};
-    if (!take_fraction(text) || !is_utc(text) || SystemTimeToFileTime(&fields, &time) == FALSE) {
+    if (!take_fraction(text) || SystemTimeToFileTime(&fields, &time) == FALSE) {
         return std::nullopt;
     }
-    return time;
+    const auto offset = take_offset(text);
+    return offset ? moment(static_cast<std::int64_t>(ticks(time)) / ticks_per_second - *offset)
+                  : std::nullopt;
 }
 
 FILETIME now() {

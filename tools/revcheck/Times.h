@@ -15,8 +15,9 @@ namespace norvane {
 /// Nothing for the zero that stands for an absent time.
 [[nodiscard]] bool is_set(const FILETIME& time) noexcept;
 
-/// Reads a date-time of RFC 3339 5.6 in UTC, that is, with "Z" or an offset of zero. Fractions of a
-/// second are dropped. Nothing if the text is none, or a moment before 1601.
+/// Reads a date-time of RFC 3339 5.6; a date alone, which means its beginning in UTC; or seconds
+/// since 1970 behind "@". Fractions of a second are dropped. Nothing if the text is none of these,
+/// or a moment before 1601.
 [[nodiscard]] std::optional<FILETIME> parse_time(std::string_view text);
 
 /// The present moment.

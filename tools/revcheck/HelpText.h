@@ -45,6 +45,7 @@ How to check:
 What to show:
   --json            one object a line for each certificate, as soon as it is decided
   --explain         how each verdict came about, step by step; with --json as data
+  --report FILE     a page in HTML that tells all of this, drawn, besides what else is shown
   -q, --quiet       no verdicts, the exit code alone; what cannot be read is still told
   -h, --help        this text
   --version         the version

@@ -11,10 +11,10 @@ namespace {
 /// From 0x7FFFFFFF ms on, which is 24 days, the check does not take a time-out.
 constexpr DWORD max_timeout_ms = 0x7FFF'FFFE;
 
+std::string fault_of_path(const std::string& path) { return path.empty() ? "an empty path" : ""; }
+
 void add_paths(CLI::App& app, const char* name, std::vector<std::string>& paths) {
-    app.add_option(name, paths)->allow_extra_args(false)->check([](const std::string& path) {
-        return path.empty() ? "an empty path" : "";
-    });
+    app.add_option(name, paths)->allow_extra_args(false)->check(fault_of_path);
 }
 
 std::optional<FILETIME> time_option(const std::string& text) {
@@ -63,6 +63,7 @@ Options parse_options(int argc, const char* const* argv) {
     CLI::Option* const quiet_flag = app.add_flag("--quiet,-q", quiet);
     app.add_flag("--json", json)->excludes(quiet_flag);
     app.add_flag("--explain", options.explain)->excludes(quiet_flag);
+    app.add_option("--report", options.report)->check(fault_of_path);
     app.add_flag("--help,-h", help);
     app.add_flag("--version", version);
     try {

@@ -42,6 +42,7 @@ struct Options {
     bool strict_pkup = false;
     std::string configuration_file;
     bool explain = false; ///< the whole record is to be shown
+    std::string report;   ///< a file for the page of the run; empty: none is made
     Grouping grouping = Grouping::single;
     Presentation presentation = Presentation::for_people;
 

@@ -4,7 +4,6 @@
 #include "Explanation.h"
 
 #include <algorithm>
-#include <optional>
 
 namespace norvane {
 namespace {
@@ -221,6 +220,17 @@ std::vector<Reason> find_reasons(const DecisionRecord& record, std::size_t quest
     retrievals.resize(std::min(retrievals.size(), max_retrievals));
     std::ranges::copy(retrievals, std::back_inserter(reasons));
     return reasons;
+}
+
+std::optional<FailurePlace> farthest_failure(const DecisionRecord& record, std::size_t first,
+                                             std::size_t end) {
+    FailurePlace farthest;
+    for_each_failure(record.nodes(), {first, end}, [&](const Failure& failure) {
+        if (failure.distance > farthest.distance) {
+            farthest = {failure.place, failure.distance};
+        }
+    });
+    return farthest.distance == 0 ? std::nullopt : std::optional(farthest);
 }
 
 std::vector<std::string> reason_lines(const std::vector<Reason>& reasons,

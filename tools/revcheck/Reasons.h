@@ -3,6 +3,8 @@
 #include "DecisionRecord.h"
 
 #include <cstddef>
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,6 +28,17 @@ struct Reason {
 ///
 /// @param question the place of the question among the nodes of the record.
 [[nodiscard]] std::vector<Reason> find_reasons(const DecisionRecord& record, std::size_t question);
+
+/// Where something failed, and how near to a verdict (EventWords::distance).
+struct FailurePlace {
+    std::size_t place = 0; ///< among the nodes of the record
+    std::uint16_t distance = 0;
+};
+
+/// What came farthest of all that failed at the nodes from `first` to `end`, and not in questions
+/// among them; of several the first. Nothing if nothing failed.
+[[nodiscard]] std::optional<FailurePlace> farthest_failure(const DecisionRecord& record,
+                                                           std::size_t first, std::size_t end);
 
 /// The reasons in at most six lines, the last one what to do; not yet printable.
 [[nodiscard]] std::vector<std::string> reason_lines(const std::vector<Reason>& reasons,

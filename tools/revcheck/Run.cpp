@@ -2,6 +2,8 @@
 
 #include "Configure.h"
 #include "Reasons.h"
+#include "ReportFile.h"
+#include "Times.h"
 
 #include <algorithm>
 #include <new>
@@ -34,6 +36,9 @@ Run::Run(const Options& options, Console& console)
       fault_([this](const std::string& name, const std::string& reason) {
           console_.complain(name, reason);
           outcome_.note(ExitCode::bad_input);
+          if (has_page()) {
+              page_.add_fault(name, reason);
+          }
       }),
       checker_(options, stores_),
       colour_(Console::output_has_colour() ? Colour::ansi : Colour::plain) {}
@@ -48,6 +53,7 @@ ExitCode Run::run() {
             check_input(argument);
         }
         check_list();
+        write_page();
     } catch (const OutputClosed&) {
         console_.complain("", "the output cannot be written");
         outcome_.note(ExitCode::no_output);
@@ -212,7 +218,7 @@ void Run::take(Held certificate) {
 }
 
 Keeping Run::keeping() const {
-    return options_.explain ? Keeping::all_objects : Keeping::small_objects;
+    return options_.explain || has_page() ? Keeping::all_objects : Keeping::small_objects;
 }
 
 /// Those before the last one looked at are good, and all that is known about them is that.
@@ -236,9 +242,17 @@ void Run::check_list() {
     tell({list_[result.index].name, contexts[result.index]}, result.verdict, &record);
     console_.end();
     const std::size_t unseen = list_.size() - result.index - 1;
-    if (unseen != 0 && options_.presentation == Presentation::for_people) {
-        write("\nnot looked at: " + std::to_string(unseen) +
-              (unseen == 1 ? " certificate" : " certificates") + " behind it in the list\n");
+    if (unseen == 0) {
+        return;
+    }
+    const std::string note = "not looked at: " + std::to_string(unseen) +
+                             (unseen == 1 ? " certificate" : " certificates") +
+                             " behind it in the list";
+    if (options_.presentation == Presentation::for_people) {
+        write("\n" + note + "\n");
+    }
+    if (has_page()) {
+        page_.add_note(note);
     }
 }
 
@@ -248,6 +262,9 @@ void Run::tell(const CheckedCertificate& certificate, const Verdict& verdict,
     Account account{.record = record, .whole = options_.explain};
     if (record != nullptr && verdict.status == Status::no_check) {
         account.reasons = find_reasons(*record, last_question_of(*record));
+    }
+    if (has_page()) {
+        page_.add(certificate, verdict, account);
     }
     switch (options_.presentation) {
     case Presentation::none:
@@ -259,6 +276,19 @@ void Run::tell(const CheckedCertificate& certificate, const Verdict& verdict,
         write((told_ ? "\n" : "") + report_for_people(certificate, verdict, account, colour_));
         told_ = true;
         break;
+    }
+}
+
+/// A run that could not tell its verdicts has no page either, since that would not be whole.
+void Run::write_page() {
+    if (!has_page()) {
+        return;
+    }
+    try {
+        write_whole_file(options_.report, page_.page(now()));
+    } catch (const OutputError& error) {
+        console_.complain(options_.report, error.what());
+        outcome_.note(ExitCode::no_output);
     }
 }
 

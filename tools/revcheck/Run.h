@@ -3,6 +3,7 @@
 #include "Checker.h"
 #include "Console.h"
 #include "ExitCode.h"
+#include "HtmlReport.h"
 #include "Options.h"
 #include "Report.h"
 
@@ -37,9 +38,11 @@ class Run {
     void take(Held certificate);
     void check_list();
     [[nodiscard]] Keeping keeping() const;
+    [[nodiscard]] bool has_page() const { return !options_.report.empty(); }
     void tell(const CheckedCertificate& certificate, const Verdict& verdict,
               const DecisionRecord* record);
     void write(const std::string& text);
+    void write_page();
 
     const Options& options_;
     Console& console_;
@@ -50,6 +53,7 @@ class Run {
     const Colour colour_;
     std::size_t certificates_ = 0; ///< that were found in inputs
     bool told_ = false;            ///< Something was told to people.
+    HtmlReport page_;              ///< It stays empty if none is asked for.
     std::vector<Held> list_;       ///< What is to be checked in one call.
 };
 

@@ -103,6 +103,9 @@ std::string RecordText<DistributionPointItem>::of(const DistributionPointItem& p
         for (const ASN1T_GeneralName& each : name.fullName.elements) {
             if (each.t == ASN1T_GeneralName::uniformResourceIdentifier) {
                 text += (text.empty() ? "" : " ") + url_text(each);
+            } else if (each.t == ASN1T_GeneralName::directoryName) {
+                text += (text.empty() ? "" : " ") +
+                        utf8(name_blob_to_text({each.value.data, each.value.length}));
             }
         }
     }

@@ -108,6 +108,9 @@ void draw_coverage(HtmlWriter& out, const DecisionRecord& record,
             }
         }
         for (const NamedCrl& crl : crls) {
+            if (crl.is_delta) {
+                continue;
+            }
             const auto row = out.element("tr");
             out.line("th", crl.title);
             for (const Column& column : columns.shown) {

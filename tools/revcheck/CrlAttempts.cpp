@@ -45,6 +45,7 @@ void add_attempts(const DecisionRecord& record, std::size_t branch, bool at_poin
     for (std::size_t place = branch + 1; place < nodes[branch].end; place = nodes[place].end) {
         if (nodes[place].code == "point") {
             attempts.push_back({.crl = *crl,
+                                .branch = branch,
                                 .first = place,
                                 .end = nodes[place].end,
                                 .scope = AttemptScope::point,
@@ -54,6 +55,7 @@ void add_attempts(const DecisionRecord& record, std::size_t branch, bool at_poin
     if (attempts.size() == before) {
         attempts.push_back(
             {.crl = *crl,
+             .branch = branch,
              .first = branch,
              .end = nodes[branch].end,
              .scope = at_points ? AttemptScope::all_points : AttemptScope::without_point});

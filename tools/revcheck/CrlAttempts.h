@@ -22,8 +22,9 @@ enum class Standing : std::uint8_t { unknown, closed, nothing_new, used };
 
 /// One attempt of a decision to use a CRL.
 struct CrlAttempt {
-    std::size_t crl = 0;   ///< among the objects of the record
-    std::size_t first = 0; ///< of the nodes that tell of it
+    std::size_t crl = 0;    ///< among the objects of the record
+    std::size_t branch = 0; ///< the place of the node that the CRL is taken up in
+    std::size_t first = 0;  ///< of the nodes that tell of it
     std::size_t end = 0;
     AttemptScope scope = AttemptScope::without_point;
     std::string_view point{}; ///< its name in the record, if it is an attempt at one

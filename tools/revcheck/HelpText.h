@@ -2,6 +2,7 @@
 
 namespace norvane {
 
+inline constexpr const char* program_version = "revcheck " REVCHECK_VERSION;
 inline constexpr const char* version_text = "revcheck " REVCHECK_VERSION "\n";
 
 inline constexpr const char* help_text =

@@ -73,17 +73,22 @@ void write_verdict(HtmlWriter& out, const CheckedCertificate& certificate, const
     write_fact(out, "moment of the check", time_text(verdict.time));
 }
 
-/// What a CRL says of itself that its record does not tell.
-std::string number_text(const RecordedObject& crl) {
-    const CrlHandle context(CertCreateCRLContext(X509_ASN_ENCODING,
-                                                 reinterpret_cast<const BYTE*>(crl.encoded.data()),
-                                                 static_cast<DWORD>(crl.encoded.size())));
+/// A CRL of the record under the name that the page has for it, with what the record does not tell.
+NamedCrl named(const DecisionRecord& record, std::size_t index, std::size_t number) {
+    const RecordedObject& object = record.objects()[index];
+    NamedCrl crl{.index = index, .title = "CRL " + std::to_string(number)};
+    const CrlHandle context(CertCreateCRLContext(
+        X509_ASN_ENCODING, reinterpret_cast<const BYTE*>(object.encoded.data()),
+        static_cast<DWORD>(object.encoded.size())));
     if (context == nullptr) {
-        return "cannot be read";
+        crl.number = "cannot be read";
+        return crl;
     }
-    const auto number = crl_number(*context->pCrlInfo);
-    return std::string(is_delta(*context->pCrlInfo) ? "delta CRL" : "base CRL") +
-           (number ? ", number " + *number : ", without a number");
+    const auto crl_number = norvane::crl_number(*context->pCrlInfo);
+    crl.number = crl_number ? "number " + *crl_number : "without a number";
+    crl.is_delta = is_delta(*context->pCrlInfo);
+    crl.title = (crl.is_delta ? "delta " : "") + crl.title;
+    return crl;
 }
 
 void write_crls(HtmlWriter& out, const DecisionRecord& record, std::span<const NamedCrl> crls) {
@@ -92,7 +97,7 @@ void write_crls(HtmlWriter& out, const DecisionRecord& record, std::span<const N
         const RecordedObject& object = record.objects()[crl.index];
         out.line("dt", crl.title);
         const auto item = out.element("dd");
-        out.line("div", number_text(object) + ", of " + shortened(object.name, issuer_columns));
+        out.line("div", crl.number + ", of " + shortened(object.name, issuer_columns));
         out.line("div", {{"class", "digest"}}, "SHA-256 " + sha256_of(object));
     }
 }
@@ -100,6 +105,21 @@ void write_crls(HtmlWriter& out, const DecisionRecord& record, std::span<const N
 std::string title_of(std::span<const NamedCrl> crls, std::size_t index) {
     const auto found = std::ranges::find(crls, index, &NamedCrl::index);
     return found == crls.end() ? "CRL" : found->title;
+}
+
+/// The CRL of an attempt, with the deltas that were selected for it.
+std::string title_of(const DecisionRecord& record, std::span<const NamedCrl> crls,
+                     const CrlAttempt& attempt) {
+    std::string title = title_of(crls, attempt.crl);
+    const auto nodes = record.nodes();
+    for (std::size_t place = attempt.branch + 1; place < nodes[attempt.branch].end;
+         place = nodes[place].end) {
+        const auto delta = object_in(nodes[place], "delta");
+        if (nodes[place].code == "delta_selected" && delta) {
+            title += ", with " + title_of(crls, *delta);
+        }
+    }
+    return title;
 }
 
 /// Of each CRL the attempt that came farthest, if it was used or no other came farther that was not
@@ -135,7 +155,7 @@ void write_paths(HtmlWriter& out, const DecisionRecord& record, std::size_t ques
         draw_issuer(out, record, question);
         for (const CrlAttempt& attempt :
              std::span(drawn).first(std::min(drawn.size(), most_drawn_paths))) {
-            draw_attempt(out, record, attempt, title_of(crls, attempt.crl));
+            draw_attempt(out, record, attempt, title_of(record, crls, attempt));
         }
     }
     if (drawn.size() > most_drawn_paths) {
@@ -150,7 +170,7 @@ void write_drawings(HtmlWriter& out, const DecisionRecord& record, const FILETIM
     const auto attempts = attempts_of(record, question);
     std::vector<NamedCrl> crls;
     for (const std::size_t index : crls_of(record, question)) {
-        crls.push_back({index, "CRL " + std::to_string(crls.size() + 1)});
+        crls.push_back(named(record, index, crls.size() + 1));
     }
     write_paths(out, record, question, attempts, crls);
 
@@ -247,7 +267,7 @@ void HtmlReport::write_overview(HtmlWriter& out, const FILETIME& made) const {
     const auto header = out.element("header");
     out.line("h1", "Revocation report");
     out.line("p", {{"class", "note"}},
-             "Made at " + time_text(made) + " by " + std::string(version_text));
+             "Made at " + time_text(made) + " by " + std::string(program_version));
     {
         const auto list = out.element("ol", {{"class", "overview"}});
         for (std::size_t i = 0; i < told_.size(); ++i) {

@@ -51,7 +51,7 @@ p.verdict {
 .no-check { color: var(--no-check); }
 .overview { padding-left: 1.6rem; }
 .reasons { padding-left: 1.2rem; margin: .4rem 0 .8rem; }
-dl { display: grid; grid-template-columns: 10rem minmax(0, 1fr); gap: .25rem .8rem; margin: .6rem 0; }
+dl { display: grid; grid-template-columns: 11rem minmax(0, 1fr); gap: .25rem .8rem; margin: .6rem 0; }
 dt { color: var(--soft); }
 dd { margin: 0; max-height: 15rem; overflow: auto; }
 .digest, code { font-family: ui-monospace, "DejaVu Sans Mono", "Liberation Mono", monospace; }
@@ -79,7 +79,7 @@ svg .last { text-anchor: end; }
 .bar { fill: var(--good); }
 .bar.open { fill: var(--accent); }
 .bar.early, .bar.late { fill: var(--revoked); }
-.moment { stroke: var(--ink); stroke-width: 1.5; stroke-dasharray: 4 3; }
+.moment { stroke: var(--ink); stroke-width: 2; stroke-dasharray: 4 3; }
 .scroll { overflow-x: auto; }
 table { border-collapse: collapse; width: 100%; font-size: .88rem; }
 th, td { border: 1px solid var(--rule); padding: .35rem .5rem; text-align: left; vertical-align: top; }

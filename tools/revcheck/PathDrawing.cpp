@@ -232,7 +232,7 @@ void draw_attempt(HtmlWriter& out, const DecisionRecord& record, const CrlAttemp
                              .arrow = "issued by"});
         }
     } else if (boxes.size() > 1) {
-        boxes.back().role += ", trusted root";
+        boxes.back().role = boxes.size() == 2 ? "signer, trusted root" : "trusted root";
     }
     draw(out, title + ": " + caption_of(record, attempt), boxes);
 }

@@ -18,7 +18,6 @@ std::string object_number(std::size_t index) { return "#" + std::to_string(index
 
 /// The code, and what else the event says that its phrase need not say.
 void write_details(HtmlWriter& out, const RecordedEvent& event) {
-    const auto details = out.element("small");
     out.line("code", event.code);
     for (const RecordedEvent::Object& object : event.objects) {
         out.line("span", {{"class", "value"}}, object.role + " " + object_number(object.index));
@@ -39,8 +38,10 @@ void write_event(HtmlWriter& out, const RecordedNode& node, const DecisionRecord
         out.text(" \u2014 ");
         out.line("strong", outcome);
     }
+    const auto details = out.element("small");
     write_details(out, node);
     if (!node.outcome.code.empty()) {
+        out.text(" \u2192 ");
         write_details(out, node.outcome);
     }
 }

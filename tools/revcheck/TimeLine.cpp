@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <limits>
+#include <vector>
 
 namespace norvane {
 namespace {
@@ -123,31 +124,37 @@ void draw_text(HtmlWriter& out, Markup kind, const std::string& x, std::size_t y
              text);
 }
 
-void draw_row(HtmlWriter& out, const TimeSpan& span, const Axis& axis, std::uint64_t moment,
-              std::size_t top) {
-    const RecordedObject& object = *span.object;
-    const Validity validity = validity_of(object);
-    const State state = state_of(object, validity, moment);
-    draw_text(out, "role", "0", top + title_baseline,
-              shortened(span.title + ": " + state.text, title_columns));
-    draw_text(out, "fact", "0", top + dates_baseline,
-              object.from + " \u2013 " + (object.until.empty() ? "open" : object.until));
-    const double from = axis.place_of(validity.from);
-    const double until = axis.place_of(validity.until);
-    const std::string y = std::to_string(top + bar_top);
-    const double left = std::min(from, full_length - least_bar);
-    out.empty("rect", {{"class", std::string(state.kind.text())},
-                       {"x", per_cent(left)},
-                       {"y", y},
+/// A row of the drawing.
+struct Row {
+    const TimeSpan& span;
+    Validity validity;
+    State state;
+    std::size_t top;
+};
+
+void draw_bar(HtmlWriter& out, const Row& row, const Axis& axis) {
+    const double from = axis.place_of(row.validity.from);
+    const double until = axis.place_of(row.validity.until);
+    out.empty("rect", {{"class", std::string(row.state.kind.text())},
+                       {"x", per_cent(std::min(from, full_length - least_bar))},
+                       {"y", std::to_string(row.top + bar_top)},
                        {"width", per_cent(std::max(until - from, least_bar))},
                        {"height", "11"}});
-    const std::size_t head_baseline = top + bar_top + 10;
-    if (!axis.shows(validity.from)) {
-        draw_text(out, "head", "0.2%", head_baseline, "\u25c2");
+    const std::size_t baseline = row.top + bar_top + 10;
+    if (!axis.shows(row.validity.from)) {
+        draw_text(out, "head", "0.2%", baseline, "\u25c2");
     }
-    if (!axis.shows(validity.until)) {
-        draw_text(out, "head last", "99.8%", head_baseline, "\u25b8");
+    if (!axis.shows(row.validity.until)) {
+        draw_text(out, "head last", "99.8%", baseline, "\u25b8");
     }
+}
+
+void draw_labels(HtmlWriter& out, const Row& row) {
+    const RecordedObject& object = *row.span.object;
+    draw_text(out, "role", "0", row.top + title_baseline,
+              shortened(row.span.title + ": " + row.state.text, title_columns));
+    draw_text(out, "fact", "0", row.top + dates_baseline,
+              object.from + " \u2013 " + (object.until.empty() ? "open" : object.until));
 }
 
 } // namespace
@@ -161,14 +168,24 @@ void draw_time_line(HtmlWriter& out, std::span<const TimeSpan> spans, const FILE
                                              {"aria-label", "Validity at the moment of the check"},
                                              {"width", "100%"},
                                              {"height", std::to_string(foot + foot_height)}});
+    std::vector<Row> rows;
+    for (const TimeSpan& span : spans) {
+        const Validity validity = validity_of(*span.object);
+        rows.push_back(
+            {span, validity, state_of(*span.object, validity, ticks), rows.size() * row_height});
+    }
+    // The moment goes across the bars, and behind the labels.
+    for (const Row& row : rows) {
+        draw_bar(out, row, axis);
+    }
     const double place = axis.place_of(ticks);
     out.empty("line", {{"class", "moment"},
                        {"x1", per_cent(place)},
                        {"x2", per_cent(place)},
                        {"y1", "0"},
                        {"y2", std::to_string(foot + 4)}});
-    for (std::size_t i = 0; i < spans.size(); ++i) {
-        draw_row(out, spans[i], axis, ticks, i * row_height);
+    for (const Row& row : rows) {
+        draw_labels(out, row);
     }
     draw_text(out, place > full_length / 2 ? Markup("role last") : Markup("role"), per_cent(place),
               foot + foot_baseline, "check " + time_text(moment));

@@ -13,7 +13,7 @@ using ::testing::Not;
 
 // What stands between the tags; an element that is not closed, or closed by another's tag, is told.
 std::string text_between_tags(const std::string& page) {
-    const std::regex tag(R"re(<(/?)([a-z0-9]+)(?: [a-zA-Z-]+="[^"<>]*")*(/?)>)re");
+    const std::regex tag(R"re(<(/?)([a-z0-9]+)(?: [a-zA-Z0-9-]+="[^"<>]*")*(/?)>)re");
     std::vector<std::string> open;
     std::string text;
     auto last = page.cbegin();

@@ -223,7 +223,8 @@ void HtmlReport::add(const CheckedCertificate& certificate, const Verdict& verdi
     write_verdict(sections_, certificate, verdict, account);
     if (account.record == nullptr || account.record->nodes().empty()) {
         sections_.line("p", {{"class", "note"}},
-                       "There is no record of how the verdict came about.");
+                       "There is no record of its own. Of a list the record stands with the "
+                       "certificate that was looked at last.");
         return;
     }
     write_drawings(sections_, *account.record, verdict.time);

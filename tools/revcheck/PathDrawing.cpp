@@ -130,22 +130,27 @@ void draw(HtmlWriter& out, const std::string& caption, const std::vector<Box>& b
     }
 }
 
-/// The certificates that were tried in an attempt, each inside the one before: those that were
-/// accepted, or where the attempt was closed those around the place at which it was.
+/// The certificates that were tried in an attempt, each inside the one before: those around the
+/// place at which it was closed or, where none is, those that were accepted.
 std::vector<std::size_t> candidates_of(const DecisionRecord& record, const CrlAttempt& attempt) {
-    std::vector<std::size_t> certificates;
+    std::vector<std::size_t> around;
+    std::vector<std::size_t> accepted;
     const auto nodes = record.nodes();
     for (std::size_t place = attempt.first; place < attempt.end;) {
         const RecordedNode& node = nodes[place];
-        const bool is_around = attempt.standing == Standing::closed && place <= attempt.place &&
-                               attempt.place < node.end;
-        const bool counts = is_around || node.outcome.code == "candidate_accepted";
-        if (node.code == "candidate" && counts && !node.objects.empty()) {
-            certificates.push_back(node.objects.front().index);
+        if (node.code == "candidate" && !node.objects.empty()) {
+            const std::size_t certificate = node.objects.front().index;
+            if (attempt.standing == Standing::closed && place <= attempt.place &&
+                attempt.place < node.end) {
+                around.push_back(certificate);
+            }
+            if (node.outcome.code == "candidate_accepted") {
+                accepted.push_back(certificate);
+            }
         }
         place = step_over_inner_question(node, place);
     }
-    return certificates;
+    return around.empty() ? accepted : around;
 }
 
 /// What has happened at the node, with the objects that its beginning has told of.
@@ -168,6 +173,30 @@ Box& box_of(std::vector<Box>& boxes, const RecordedEvent& event, const DecisionR
         }
     }
     return boxes.back();
+}
+
+/// What a search for an issuer has found: it, or of what did not do what came farthest.
+Box issuer_box(const DecisionRecord& record, std::size_t search) {
+    const RecordedNode& node = record.nodes()[search];
+    Box box{.role = "issuer", .name = std::string(node.value("issuer")), .arrow = "issued by"};
+    if (const auto issuer = object_in(node.outcome, "issuer")) {
+        box.object = &record.objects()[*issuer];
+        return box;
+    }
+    const auto failure = farthest_failure(record, search, node.end);
+    if (!failure) {
+        box.failure = "not found";
+        return box;
+    }
+    box.failure = phrase_of(told_in_full(record.nodes()[failure->place]), record);
+    const auto tried = candidates_of(
+        record,
+        {.first = search, .end = node.end, .standing = Standing::closed, .place = failure->place});
+    if (!tried.empty()) {
+        box.role = "issuer, dropped";
+        box.object = &record.objects()[tried.front()];
+    }
+    return box;
 }
 
 /// How a CRL that was used speaks of the certificate.
@@ -194,22 +223,10 @@ void draw_issuer(HtmlWriter& out, const DecisionRecord& record, std::size_t ques
     }
     std::vector<Box> boxes{{"certificate", &record.objects()[*subject]}};
     for (std::size_t place = question + 1; place < nodes[question].end; place = nodes[place].end) {
-        const RecordedNode& node = nodes[place];
-        if (node.code != "issuer_search") {
-            continue;
-        }
-        if (const auto issuer = object_in(node.outcome, "issuer")) {
-            boxes.push_back(
-                {.role = "issuer", .object = &record.objects()[*issuer], .arrow = "issued by"});
+        if (nodes[place].code == "issuer_search") {
+            boxes.push_back(issuer_box(record, place));
             break;
         }
-        const auto failure = farthest_failure(record, place, node.end);
-        boxes.push_back({.role = "issuer",
-                         .name = std::string(node.value("issuer")),
-                         .failure = failure ? phrase_of(told_in_full(nodes[failure->place]), record)
-                                            : "not found",
-                         .arrow = "issued by"});
-        break;
     }
     draw(out, "The certificate and its issuer", boxes);
 }
@@ -227,7 +244,7 @@ void draw_attempt(HtmlWriter& out, const DecisionRecord& record, const CrlAttemp
         const RecordedEvent event = told_in_full(record.nodes()[attempt.place]);
         box_of(boxes, event, record).failure = phrase_of(event, record);
         if (event.code == "path_without_issuer") {
-            boxes.push_back({.role = "not at hand",
+            boxes.push_back({.role = "not found",
                              .name = std::string(event.value("issuer")),
                              .arrow = "issued by"});
         }

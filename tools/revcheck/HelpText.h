@@ -59,7 +59,7 @@ Exit code:
   65 an input cannot be read or is malformed, while all others have been checked; or
      the configuration is, and nothing has been checked
   71 there is not enough memory
-  74 the output cannot be written
+  74 the output or the page of --report cannot be written
 Where several apply, the first of 64, 71, 74, 65, 1, 2 and 0 counts.
 )";
 

@@ -26,6 +26,7 @@ constexpr std::size_t most_drawn_paths = 12;
 
 constexpr std::size_t heading_columns = 200;
 constexpr std::size_t issuer_columns = 200;
+constexpr std::size_t reason_columns = 600;
 
 std::string class_of(Status status) {
     switch (status) {
@@ -58,7 +59,7 @@ void write_verdict(HtmlWriter& out, const CheckedCertificate& certificate, const
     if (!account.reasons.empty() && account.record != nullptr) {
         const auto list = out.element("ul", {{"class", "reasons"}});
         for (const std::string& reason : reason_lines(account.reasons, *account.record)) {
-            out.line("li", reason);
+            out.line("li", shortened(reason, reason_columns));
         }
     }
     const CERT_CONTEXT& context = *certificate.context;

@@ -41,7 +41,7 @@ std::string text_between_tags(const std::string& page) {
 TEST(Page, ShowsHostileNamesAsTextAndStaysWellFormed) {
     const SmallPki pki;
     const std::string hostile =
-        "</dd><script>'&\"\x1b\n\u202e\uffff]]>" + std::string(100'000, 'W');
+        "</dd><script>'&\"\x1b\n\u202e\u202c\uffff]]>" + std::string(100'000, 'W');
     const std::string leaf = pki.write(
         "<b>\x07.der", {.subject = name({{"2.5.4.3", utf8(hostile)}}),
                         .extensions = {crl_distribution_points({{.full_name = {url(hostile)}}})}});
@@ -52,10 +52,12 @@ TEST(Page, ShowsHostileNamesAsTextAndStaysWellFormed) {
     EXPECT_EQ(ending.verdicts().size(), 2U);
 
     const std::string page = content_of(file);
-    EXPECT_THAT(page,
-                HasSubstr("&lt;/dd&gt;&lt;script&gt;&#39;&amp;&quot;\\x1b\\x0a\\u{202e}\\u{ffff}"));
+    EXPECT_THAT(
+        page,
+        HasSubstr(
+            "&lt;/dd&gt;&lt;script&gt;&#39;&amp;&quot;\\x1b\\x0a\\u{202e}\\u{202c}\\u{ffff}"));
     EXPECT_THAT(page, HasSubstr("no&lt;i&gt;ne: "));
-    for (const char* const raw : {"<script", "<b>", "\x1b", "\x07", "\u202e", "\uffff"}) {
+    for (const char* const raw : {"<script", "<b>", "\x1b", "\x07", "\u202e\u202c", "\uffff"}) {
         EXPECT_THAT(page, Not(HasSubstr(raw)));
     }
     std::string text = text_between_tags(page);

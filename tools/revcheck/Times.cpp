@@ -44,7 +44,7 @@ bool take_fraction(std::string_view& text) {
     return found;
 }
 
-constexpr std::int64_t ticks_per_second = 10'000'000;
+constexpr std::int64_t ticks_of_a_second = 10'000'000;
 constexpr std::int64_t seconds_of_a_minute = 60;
 constexpr std::int64_t seconds_from_1601_to_1970 = 11'644'473'600;
 
@@ -73,10 +73,10 @@ std::optional<std::int64_t> take_offset(std::string_view text) {
 /// The moment so many seconds after 1601; nothing if there is none.
 std::optional<FILETIME> moment(std::int64_t seconds) {
     SYSTEMTIME fields{};
-    if (seconds < 0 || seconds > std::numeric_limits<std::int64_t>::max() / ticks_per_second) {
+    if (seconds < 0 || seconds > std::numeric_limits<std::int64_t>::max() / ticks_of_a_second) {
         return std::nullopt;
     }
-    const auto ticks = static_cast<std::uint64_t>(seconds * ticks_per_second);
+    const auto ticks = static_cast<std::uint64_t>(seconds * ticks_of_a_second);
     const FILETIME time{static_cast<DWORD>(ticks), static_cast<DWORD>(ticks >> 32U)};
     return FileTimeToSystemTime(&time, &fields) != FALSE ? std::optional(time) : std::nullopt;
 }
@@ -141,7 +141,7 @@ std::optional<FILETIME> parse_time(std::string_view text) {
         return std::nullopt;
     }
     const auto offset = take_offset(text);
-    return offset ? moment(static_cast<std::int64_t>(ticks(time)) / ticks_per_second - *offset)
+    return offset ? moment(static_cast<std::int64_t>(ticks(time)) / ticks_of_a_second - *offset)
                   : std::nullopt;
 }
 

@@ -40,13 +40,11 @@ RetrievedStore retrieve_store(const std::string& url, LPCSTR kind, DWORD flags, 
     if ((flags & CRYPT_CACHE_ONLY_RETRIEVAL) != 0) {
         return ask_platform(url, kind, flags, timeout);
     }
-    using Clock = std::chrono::steady_clock;
     charge(Resource::retrievals);
     charge(Resource::retrieval_time);
-    const Clock::time_point start = Clock::now();
+    const ULONGLONG start = GetTickCount64();
     RetrievedStore store = ask_platform(url, kind, flags, within_quota(timeout));
-    const auto taken = std::chrono::duration_cast<milliseconds>(Clock::now() - start);
-    charge(Resource::retrieval_time, static_cast<std::uint64_t>(taken.count()));
+    charge(Resource::retrieval_time, GetTickCount64() - start);
     return store;
 }
 

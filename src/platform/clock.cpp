@@ -59,11 +59,39 @@ Ticks zone_offset_now() noexcept {
     return std::chrono::seconds{local.tm_gmtoff};
 }
 
+struct ShownClock {
+    PFN_NORVANE_CLOCK function = nullptr;
+    void* context = nullptr;
+};
+
+constinit thread_local ShownClock shown_clock;
+
+using std::chrono::milliseconds;
+
+/// What the thread is told of a clock that stands at `reading`.
+milliseconds told(DWORD clock, milliseconds reading) noexcept {
+    if (shown_clock.function == nullptr) {
+        return reading;
+    }
+    const auto count = static_cast<ULONGLONG>(reading.count());
+    return milliseconds{shown_clock.function(clock, count, shown_clock.context)};
+}
+
 } // namespace
 
+void NorvaneSetClock(PFN_NORVANE_CLOCK pfnClock, void* pvContext) noexcept {
+    shown_clock = {pfnClock, pvContext};
+}
+
 void GetSystemTime(SYSTEMTIME* lpSystemTime) noexcept {
-    const auto now = std::chrono::floor<Ticks>(std::chrono::system_clock::now());
-    *lpSystemTime = system_time_of(now - file_time_epoch);
+    const auto now = std::chrono::floor<milliseconds>(std::chrono::system_clock::now());
+    *lpSystemTime = system_time_of(told(NORVANE_CLOCK_SYSTEM, now - file_time_epoch));
+}
+
+ULONGLONG GetTickCount64() noexcept {
+    const auto passed = std::chrono::steady_clock::now().time_since_epoch();
+    const milliseconds reading = std::chrono::floor<milliseconds>(passed);
+    return static_cast<ULONGLONG>(told(NORVANE_CLOCK_TICKS, reading).count());
 }
 
 BOOL SystemTimeToFileTime(const SYSTEMTIME* lpSystemTime, FILETIME* lpFileTime) noexcept {

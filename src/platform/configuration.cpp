@@ -1,4 +1,5 @@
 #include "platform/config/Configuration.h"
+#include "platform/config/ConfigurationKeys.h"
 
 #include "platform/store/guarded.h"
 
@@ -28,6 +29,18 @@ BOOL NorvaneSetConfiguration(LPCSTR pszSection, LPCSTR pszKey, LPCSTR pszValue) 
     }
     return norvane::guarded(
         [&] { return told(norvane::override_configuration(pszSection, pszKey, pszValue)); });
+}
+
+LPCSTR NorvaneGetConfiguration(LPCSTR pszSection, LPCSTR pszKey) noexcept {
+    if (pszSection == nullptr || pszKey == nullptr) {
+        return norvane::fail<LPCSTR>(E_INVALIDARG);
+    }
+    return norvane::guarded([&]() -> LPCSTR {
+        const auto& texts = norvane::configuration().texts;
+        const auto found = texts.find(norvane::configuration_text_name(pszSection, pszKey));
+        return found == texts.end() ? norvane::fail<LPCSTR>(ERROR_NOT_FOUND)
+                                    : found->second.c_str();
+    });
 }
 
 BOOL NorvaneSetConfigurationFile(LPCSTR pszPath) noexcept {

@@ -33,6 +33,26 @@ NORVANE_PLATFORM_BEGIN
 /// The present moment in UTC, to the millisecond.
 void GetSystemTime(SYSTEMTIME* lpSystemTime) NORVANE_PLATFORM_API(GetSystemTime);
 
+/// Milliseconds since some moment before the process began. They are never set back.
+ULONGLONG GetTickCount64(void) NORVANE_PLATFORM_API(GetTickCount64);
+
+/// The clocks that a reading may be of: GetSystemTime, in milliseconds since 1601, and
+/// GetTickCount64.
+#define NORVANE_CLOCK_SYSTEM 0
+#define NORVANE_CLOCK_TICKS 1
+
+/// Is shown a reading of a clock, and gives the one that is to be told in its place, which may be
+/// the same. It throws nothing.
+///
+/// @param dwClock `NORVANE_CLOCK_...`
+/// @param ullReading milliseconds.
+typedef ULONGLONG(WINAPI* PFN_NORVANE_CLOCK)(DWORD dwClock, ULONGLONG ullReading, void* pvContext);
+
+/// Sets who is shown what the calling thread reads from these two clocks, or nobody (null). For a
+/// program that notes what a decision depended on, or has it depend on what was noted.
+void NorvaneSetClock(PFN_NORVANE_CLOCK pfnClock, void* pvContext)
+    NORVANE_PLATFORM_API(NorvaneSetClock);
+
 /// Turns calendar fields into ticks; no time zone is applied.
 ///
 /// @param lpSystemTime a year from 1601 to 30827, and fields that make a real date and time (no

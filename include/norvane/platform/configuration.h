@@ -20,6 +20,15 @@ NORVANE_PLATFORM_BEGIN
 BOOL NorvaneSetConfiguration(LPCSTR pszSection, LPCSTR pszKey, LPCSTR pszValue)
     NORVANE_PLATFORM_API(NorvaneSetConfiguration);
 
+/// Tells what a key is in force with, as a file would give it: the default if no file has it.
+///
+/// @param pszSection, pszKey a section and a key of the files.
+/// @return text that lives as long as the process; null with the last error `E_INVALIDARG` (null),
+///     `ERROR_NOT_FOUND` (there is no such key, or it has no value), `ERROR_NOT_ENOUGH_MEMORY`,
+///     `ERROR_TOO_MANY_OPEN_FILES` or `ERROR_READ_FAULT` (as NorvaneEnumConfigurationProblems).
+LPCSTR NorvaneGetConfiguration(LPCSTR pszSection, LPCSTR pszKey)
+    NORVANE_PLATFORM_API(NorvaneGetConfiguration);
+
 /// Names a file that is read behind the machine's and the user's, in the place of the one that
 /// NORVANE_CONFIG names. It is a problem of the configuration if there is no such file.
 ///

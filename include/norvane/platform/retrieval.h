@@ -106,4 +106,34 @@ BOOL CryptRetrieveObjectByUrlA(LPCSTR pszUrl, LPCSTR pszObjectOid, DWORD dwRetri
                                PCRYPT_RETRIEVE_AUX_INFO pAuxInfo)
     NORVANE_PLATFORM_API(CryptRetrieveObjectByUrlA);
 
+/// How a retrieval ended, told by a program that answers it itself.
+typedef struct _NORVANE_RETRIEVAL_ANSWER {
+    DWORD cbSize;
+    DWORD dwError;                    ///< a last error; `ERROR_SUCCESS` if there are objects
+    DWORD cObject;                    ///< 0 on failure
+    const CRYPT_DATA_BLOB* rgObject;  ///< DER of the kind that is asked for, in their order
+    LPCSTR pszCause;                  ///< of a failure, in words; null if nothing is known
+    BOOL fRemembered;                 ///< the failure is one of lately, and nobody was asked
+    BOOL fConfirmed;                  ///< a server said that the cache's response is still right
+    ULONGLONG ullMilliseconds;        ///< that it took
+    ULONGLONG ullAgeSeconds;          ///< of the response
+} NORVANE_RETRIEVAL_ANSWER;
+
+/// Answers a retrieval with the first four arguments of `CryptRetrieveObjectByUrlA`. It throws
+/// nothing.
+///
+/// @param pAnswer all zero but for its size. What it leads to must stay until the thread's next
+///     retrieval.
+typedef void(WINAPI* PFN_NORVANE_RETRIEVAL_SOURCE)(LPCSTR pszUrl, LPCSTR pszObjectOid,
+                                                   DWORD dwRetrievalFlags, DWORD dwTimeout,
+                                                   NORVANE_RETRIEVAL_ANSWER* pAnswer,
+                                                   void* pvContext);
+
+/// Sets who answers the retrievals of the calling thread in place of cache and network, or nobody
+/// (null). Neither scheme nor host of a URL is judged then, nothing is cached, and no mark of a
+/// CRL is made or looked at. An answer without an object of the kind, be it for one that cannot be
+/// read, is `CRYPT_E_NO_MATCH`. For a program that has a decision made again from what was known.
+void NorvaneSetRetrievalSource(PFN_NORVANE_RETRIEVAL_SOURCE pfnSource, void* pvContext)
+    NORVANE_PLATFORM_API(NorvaneSetRetrievalSource);
+
 NORVANE_PLATFORM_END

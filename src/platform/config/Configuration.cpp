@@ -132,7 +132,8 @@ const Configuration& configuration() {
         auto made = std::make_unique<Configuration>(
             load_configuration(standard_configuration_files(own.named_file.value_or(""))));
         for (const Process::Override& each : own.overrides) {
-            static_cast<void>(each.row->assign(*made, each.key, each.value, user_folders()));
+            static_cast<void>(
+                assign_configuration(*each.row, *made, each.key, each.value, user_folders()));
         }
         own.loaded.store(made.release(), std::memory_order_release);
     }

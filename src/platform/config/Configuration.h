@@ -59,6 +59,9 @@ struct Configuration {
 
     bool sha1 = false;
 
+    /// What each key was last given, as a file would give it: by section, a line end, and key.
+    ByName<std::string> texts;
+
     /// In the order of files and lines.
     std::vector<ConfigurationProblem> problems;
 

@@ -165,4 +165,21 @@ const ConfigurationKey* find_configuration_key(std::string_view section,
     return found != std::end(keys) ? found : nullptr;
 }
 
+std::string configuration_text_name(std::string_view section, std::string_view key) {
+    std::string name(section);
+    name += '\n';
+    return name += key;
+}
+
+Assignment assign_configuration(const ConfigurationKey& row, Configuration& configuration,
+                                std::string_view key, std::string_view value,
+                                const UserFolders& folders) {
+    const Assignment outcome = row.assign(configuration, key, value, folders);
+    if (outcome == Assignment::done) {
+        configuration.texts.insert_or_assign(configuration_text_name(row.section, key),
+                                             std::string(value));
+    }
+    return outcome;
+}
+
 } // namespace norvane

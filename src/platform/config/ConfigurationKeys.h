@@ -35,4 +35,12 @@ inline constexpr std::string_view any_key = "*";
 [[nodiscard]] const ConfigurationKey* find_configuration_key(std::string_view section,
                                                              std::string_view key) noexcept;
 
+/// Has the row assign a value, and keeps its text if that is done. Throws std::bad_alloc.
+[[nodiscard]] Assignment assign_configuration(const ConfigurationKey& row,
+                                              Configuration& configuration, std::string_view key,
+                                              std::string_view value, const UserFolders& folders);
+
+/// Under what name Configuration::texts has a key.
+[[nodiscard]] std::string configuration_text_name(std::string_view section, std::string_view key);
+
 } // namespace norvane

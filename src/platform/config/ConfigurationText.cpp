@@ -73,7 +73,7 @@ class Follower {
             return;
         }
         note_repetition(line);
-        switch (row->assign(configuration_, line.name, line.value, folders_)) {
+        switch (assign_configuration(*row, configuration_, line.name, line.value, folders_)) {
         case Assignment::done:
             break;
         case Assignment::bad_name:
@@ -87,10 +87,8 @@ class Follower {
     }
 
     void note_repetition(const IniLine& line) {
-        std::string name(section_name_);
-        name += '\n';
-        name += line.name;
-        const auto [earlier, is_first] = lines_.try_emplace(std::move(name), line.number);
+        const auto [earlier, is_first] = lines_.try_emplace(
+            configuration_text_name(section_name_, line.name), line.number);
         if (!is_first) {
             add_problem(line.number, "key " + quoted(line.name) + " stands on line " +
                                          std::to_string(earlier->second) + " already");
@@ -123,7 +121,8 @@ Configuration default_configuration(const UserFolders& folders) {
     Configuration defaults;
     for (const ConfigurationKey& row : configuration_keys()) {
         if (row.key != any_key) {
-            static_cast<void>(row.assign(defaults, row.key, row.default_value, folders));
+            static_cast<void>(
+                assign_configuration(row, defaults, row.key, row.default_value, folders));
         }
     }
     return defaults;

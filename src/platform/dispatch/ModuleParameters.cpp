@@ -33,6 +33,10 @@ constexpr std::size_t least_size = offsetof(CERT_REVOCATION_PARA, pftTimeToUse) 
 constexpr std::size_t least_crl_info_size =
     offsetof(CERT_REVOCATION_CRL_INFO, fDeltaCrlEntry) + word;
 
+bool has_budget(DWORD flags) noexcept {
+    return (flags & CERT_VERIFY_REV_ACCUMULATIVE_TIMEOUT_FLAG) != 0;
+}
+
 void release(PCCRL_CONTEXT& context) noexcept {
     CertFreeCRLContext(context);
     context = nullptr;
@@ -41,7 +45,7 @@ void release(PCCRL_CONTEXT& context) noexcept {
 } // namespace
 
 ModuleParameters::ModuleParameters(const CERT_REVOCATION_PARA* caller, DWORD flags) noexcept
-    : caller_flags_(flags) {
+    : caller_flags_(flags), begin_ms_(has_budget(flags) ? GetTickCount64() : 0) {
     std::size_t size = 0;
     if (caller != nullptr) {
         const auto beyond = std::ranges::upper_bound(field_ends, caller->cbSize);
@@ -95,7 +99,7 @@ void ModuleParameters::release_crls() noexcept {
 }
 
 void ModuleParameters::limit_time() noexcept {
-    if ((flags_ & CERT_VERIFY_REV_ACCUMULATIVE_TIMEOUT_FLAG) == 0) {
+    if (!has_budget(flags_)) {
         return;
     }
     if (para_.dwUrlRetrievalTimeout != 0) { // 0 is the module's to understand.
@@ -111,10 +115,8 @@ void ModuleParameters::limit_time() noexcept {
 }
 
 DWORD ModuleParameters::time_left(DWORD budget) const noexcept {
-    using std::chrono::milliseconds;
-    const milliseconds left =
-        milliseconds{budget} - std::chrono::duration_cast<milliseconds>(Clock::now() - begin_);
-    return static_cast<DWORD>(std::max(left.count(), milliseconds::rep{0}));
+    const ULONGLONG passed = GetTickCount64() - begin_ms_;
+    return passed < budget ? static_cast<DWORD>(budget - passed) : 0;
 }
 
 } // namespace norvane

@@ -2,8 +2,6 @@
 
 #include <norvane/wincrypt.h>
 
-#include <chrono>
-
 namespace norvane {
 
 /// What modules are told: the caller's parameters, made out anew for every question, so that no
@@ -31,8 +29,6 @@ class ModuleParameters {
     void keep_crls() noexcept { crls_are_kept_ = true; }
 
   private:
-    using Clock = std::chrono::steady_clock;
-
     void release_crls() noexcept;
     void limit_time() noexcept;
     /// Of a budget of milliseconds that began with the caller's question.
@@ -40,7 +36,7 @@ class ModuleParameters {
 
     CERT_REVOCATION_PARA caller_{}; ///< its fields that are there, and 0 for the others
     DWORD caller_flags_;
-    Clock::time_point begin_ = Clock::now();
+    ULONGLONG begin_ms_; ///< of GetTickCount64, if there is a budget; otherwise 0
     CERT_REVOCATION_PARA para_{};
     DWORD flags_ = 0;
     CERT_REVOCATION_CRL_INFO crls_{};

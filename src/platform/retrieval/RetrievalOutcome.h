@@ -2,10 +2,18 @@
 
 #include "platform/retrieval/Response.h"
 
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace norvane {
+
+/// What a program that answers retrievals itself says of one, in place of a look at clocks.
+struct MeasuredRetrieval {
+    std::uint64_t milliseconds = 0;
+    std::uint64_t age_seconds = 0; ///< of the response
+};
 
 /// How a retrieval ended.
 struct RetrievalOutcome {
@@ -14,6 +22,7 @@ struct RetrievalOutcome {
     std::string cause = {};  ///< of a failure, in the words of who knows it; may be empty
     bool confirmed = false;  ///< a server said that the cached response is still the right one
     bool remembered = false; ///< the failure is one of lately, and nobody was asked
+    std::optional<MeasuredRetrieval> measured = std::nullopt;
 };
 
 /// The outcome for the exception that is being caught, which is a failure of this process.

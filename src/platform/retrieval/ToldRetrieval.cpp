@@ -87,13 +87,21 @@ ToldRetrieval::ToldRetrieval(const char* url, ObjectKind kind, DWORD flags,
           record_value("for", std::string_view(kind == ObjectKind::crl ? "crl" : "certificate")),
           record_value("timeout_ms", timeout_ms)) {}
 
+MeasuredRetrieval ToldRetrieval::measure(const RetrievalOutcome& outcome) const {
+    const auto taken =
+        std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start_).count();
+    const std::time_t now = std::time(nullptr);
+    const std::time_t received = outcome.response == nullptr ? now : outcome.response->received;
+    return {.milliseconds = static_cast<std::uint64_t>(taken),
+            .age_seconds = static_cast<std::uint64_t>(std::max<std::time_t>(now - received, 0))};
+}
+
 void ToldRetrieval::end(const RetrievalOutcome& outcome, ObjectKind kind) {
     if (!branch_.is_open()) {
         return;
     }
-    const std::uint64_t milliseconds = static_cast<std::uint64_t>(
-        std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start_).count());
-    const RecordPart taken = record_value("milliseconds", milliseconds);
+    const MeasuredRetrieval measured = outcome.measured ? *outcome.measured : measure(outcome);
+    const RecordPart taken = record_value("milliseconds", measured.milliseconds);
     const std::uint64_t error = outcome.error;
     if (outcome.response == nullptr) {
         const std::uint64_t status = error - HTTP_E_STATUS_FIRST;
@@ -111,13 +119,11 @@ void ToldRetrieval::end(const RetrievalOutcome& outcome, ObjectKind kind) {
         branch_.end_with(is_absent ? event::not_in_the_cache : failure_event(outcome.error), parts);
         return;
     }
-    const std::uint64_t age = static_cast<std::uint64_t>(
-        std::max<std::time_t>(std::time(nullptr) - outcome.response->received, 0));
     std::uint64_t octets = 0;
     std::vector<RecordPart> parts = parts_of(*outcome.response->objects, kind, octets);
     parts.push_back(taken);
     parts.push_back(record_value("octets", octets));
-    parts.push_back(record_value("age_seconds", age));
+    parts.push_back(record_value("age_seconds", measured.age_seconds));
     branch_.end_with(success_event(outcome, cache_only_), parts);
 }
 

@@ -20,6 +20,8 @@ class ToldRetrieval {
   private:
     using Clock = std::chrono::steady_clock;
 
+    [[nodiscard]] MeasuredRetrieval measure(const RetrievalOutcome& outcome) const;
+
     bool cache_only_;
     Clock::time_point start_ = Clock::now();
     Branch branch_;

@@ -4,6 +4,7 @@
 #include "platform/retrieval/FailedRetrievals.h"
 #include "platform/retrieval/Fetch.h"
 #include "platform/retrieval/Flight.h"
+#include "platform/retrieval/RetrievalSource.h"
 #include "platform/retrieval/ToldRetrieval.h"
 #include "platform/retrieval/Transports.h"
 #include "platform/store/contexts.h"
@@ -220,8 +221,11 @@ BOOL CryptRetrieveObjectByUrlA(LPCSTR pszUrl, LPCSTR pszObjectOid, DWORD dwRetri
     const auto kind = certificates ? norvane::ObjectKind::certificate : norvane::ObjectKind::crl;
     return norvane::guarded({.other = ERROR_INTERNAL_ERROR}, [&]() -> BOOL {
         norvane::ToldRetrieval told(pszUrl, kind, dwRetrievalFlags, dwTimeout);
-        const auto outcome = norvane::outcome_of(
-            [&] { return norvane::retrieve(pszUrl, kind, dwRetrievalFlags, dwTimeout); });
+        const auto outcome = norvane::outcome_of([&] {
+            auto answer = norvane::answer_of_source(pszUrl, kind, dwRetrievalFlags, dwTimeout);
+            return answer ? std::move(*answer)
+                          : norvane::retrieve(pszUrl, kind, dwRetrievalFlags, dwTimeout);
+        });
         told.end(outcome, kind);
         if (outcome.response == nullptr) {
             return norvane::fail(outcome.error);

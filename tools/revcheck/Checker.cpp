@@ -36,7 +36,18 @@ DWORD flags_of(const Options& options) noexcept {
 Checker::Checker(const Options& options, const Stores& stores)
     : options_(options), stores_(stores) {}
 
-CallResult Checker::check(std::span<const PCCERT_CONTEXT> certificates) const {
+std::vector<Verdict> verdicts_of(CallResult result) {
+    std::vector<Verdict> verdicts(result.index);
+    for (Verdict& good : verdicts) {
+        good.status = Status::good;
+        good.time = result.verdict.time;
+    }
+    verdicts.push_back(std::move(result.verdict));
+    return verdicts;
+}
+
+CallResult Checker::check(std::span<const PCCERT_CONTEXT> certificates,
+                          const std::optional<FILETIME>& moment) const {
     constexpr DWORD default_timeout_ms = 5000;
     std::vector<HCERTSTORE> stores;
     for (const StoreHolder& store : stores_.certs) {
@@ -46,7 +57,7 @@ CallResult Checker::check(std::span<const PCCERT_CONTEXT> certificates) const {
     for (const PCCERT_CONTEXT certificate : certificates) {
         contexts.push_back(const_cast<CERT_CONTEXT*>(certificate));
     }
-    FILETIME time = options_.time.value_or(now());
+    FILETIME time = moment.value_or(now());
 
     CERT_REVOCATION_CRL_INFO crl_info{};
     crl_info.cbSize = sizeof crl_info;
@@ -56,7 +67,7 @@ CallResult Checker::check(std::span<const PCCERT_CONTEXT> certificates) const {
     parameters.cCertStore = static_cast<DWORD>(stores.size());
     parameters.rgCertStore = stores.data();
     parameters.hCrlStore = stores_.crls.get();
-    parameters.pftTimeToUse = options_.time ? &time : nullptr;
+    parameters.pftTimeToUse = moment ? &time : nullptr;
     parameters.dwUrlRetrievalTimeout = options_.timeout_ms.value_or(default_timeout_ms);
     parameters.pCrlInfo = &crl_info;
     CERT_REVOCATION_STATUS status{};

@@ -35,6 +35,10 @@ struct CallResult {
     Verdict verdict;
 };
 
+/// The verdict about each certificate that was looked at. About those that are good and not the last
+/// nothing else is known.
+[[nodiscard]] std::vector<Verdict> verdicts_of(CallResult result);
+
 /// The stores in which the check looks for certificates and for CRLs.
 struct Stores {
     std::vector<StoreHolder> certs; ///< the caller's
@@ -48,8 +52,10 @@ class Checker {
     /// Both must outlive the checker.
     Checker(const Options& options, const Stores& stores);
 
-    /// Checks the certificates, of which there is at least one, in one call.
-    [[nodiscard]] CallResult check(std::span<const PCCERT_CONTEXT> certificates) const;
+    /// Checks the certificates, of which there is at least one, in one call, as of a moment or,
+    /// without one, of the present.
+    [[nodiscard]] CallResult check(std::span<const PCCERT_CONTEXT> certificates,
+                                   const std::optional<FILETIME>& moment) const;
 
   private:
     const Options& options_;

@@ -18,20 +18,6 @@ std::string absolute(const std::string& path) {
     return absolute.string();
 }
 
-/// As the configuration wants a list of paths: with colons between them, and a backslash before
-/// what would else be one.
-std::string path_list(const std::vector<std::string>& paths) {
-    std::string list;
-    for (const std::string& path : paths) {
-        list += list.empty() ? "" : ":";
-        for (const char c : absolute(path)) {
-            list += c == ':' || c == '\\' ? "\\" : "";
-            list += c;
-        }
-    }
-    return list;
-}
-
 void set(const char* option, const char* section, const char* key, const std::string& value) {
     if (NorvaneSetConfiguration(section, key, value.c_str()) != FALSE) {
         return;
@@ -43,6 +29,18 @@ void set(const char* option, const char* section, const char* key, const std::st
 }
 
 } // namespace
+
+std::string path_list(const std::vector<std::string>& paths) {
+    std::string list;
+    for (const std::string& path : paths) {
+        list += list.empty() ? "" : ":";
+        for (const char c : absolute(path)) {
+            list += c == ':' || c == '\\' ? "\\" : "";
+            list += c;
+        }
+    }
+    return list;
+}
 
 void configure(const Options& options) {
     if (!options.configuration_file.empty() &&

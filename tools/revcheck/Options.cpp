@@ -30,17 +30,57 @@ std::optional<FILETIME> time_option(const std::string& text) {
     return time;
 }
 
+/// How verdicts are to be presented, on any command line.
+struct PresentationFlags {
+    void add_to(CLI::App& app, Options& options) {
+        CLI::Option* const quiet_flag = app.add_flag("--quiet,-q", quiet);
+        app.add_flag("--json", json)->excludes(quiet_flag);
+        app.add_flag("--explain", options.explain)->excludes(quiet_flag);
+    }
+    [[nodiscard]] Presentation chosen() const {
+        return quiet ? Presentation::none : json ? Presentation::json : Presentation::for_people;
+    }
+
+    bool quiet = false;
+    bool json = false;
+};
+
+void parse(CLI::App& app, int argc, const char* const* argv) {
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        throw UsageError(error.what());
+    }
+}
+
+constexpr std::string_view replay_command = "replay";
+
+/// The command line behind the name of the command.
+Options parse_replay(int argc, const char* const* argv) {
+    Options options;
+    PresentationFlags presentation;
+    CLI::App app;
+    app.set_help_flag();
+    app.add_option("FILE", options.replay)->required();
+    presentation.add_to(app, options);
+    parse(app, argc, argv);
+    options.presentation = presentation.chosen();
+    return options;
+}
+
 } // namespace
 
 Options parse_options(int argc, const char* const* argv) {
+    if (argc > 1 && argv[1] == replay_command) {
+        return parse_replay(argc - 1, argv + 1);
+    }
     Options options;
+    PresentationFlags presentation;
     std::string time;
     DWORD timeout_ms = 0;
     bool help = false;
     bool version = false;
     bool list = false;
-    bool quiet = false;
-    bool json = false;
 
     CLI::App app;
     app.set_help_flag();
@@ -60,17 +100,12 @@ Options parse_options(int argc, const char* const* argv) {
     app.add_flag("--strict-pkup", options.strict_pkup);
     app.add_option("--config", options.configuration_file);
     app.add_flag("--list", list);
-    CLI::Option* const quiet_flag = app.add_flag("--quiet,-q", quiet);
-    app.add_flag("--json", json)->excludes(quiet_flag);
-    app.add_flag("--explain", options.explain)->excludes(quiet_flag);
+    presentation.add_to(app, options);
+    app.add_option("--evidence", options.evidence);
     app.add_option("--report", options.report)->check(fault_of_path);
     app.add_flag("--help,-h", help);
     app.add_flag("--version", version);
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::ParseError& error) {
-        throw UsageError(error.what());
-    }
+    parse(app, argc, argv);
     if (help || version) {
         options.text = help ? help_text : version_text;
         return options;
@@ -83,9 +118,7 @@ Options parse_options(int argc, const char* const* argv) {
         options.timeout_ms = timeout_ms;
     }
     options.grouping = list ? Grouping::list : Grouping::single;
-    options.presentation = quiet  ? Presentation::none
-                           : json ? Presentation::json
-                                  : Presentation::for_people;
+    options.presentation = presentation.chosen();
     return options;
 }
 

@@ -43,6 +43,8 @@ struct Options {
     std::string configuration_file;
     bool explain = false; ///< the whole record is to be shown
     std::string report;   ///< a file for the page of the run; empty: none is made
+    std::string evidence; ///< a file to write; empty: none
+    std::string replay;   ///< an evidence to decide again from, in place of all but presentation
     Grouping grouping = Grouping::single;
     Presentation presentation = Presentation::for_people;
 

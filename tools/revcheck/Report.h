@@ -24,6 +24,9 @@ struct Account {
     bool whole = false;                     ///< The whole record is to be shown.
 };
 
+/// The account of a verdict, not to be shown whole.
+[[nodiscard]] Account account_of(const Verdict& verdict, const DecisionRecord* record);
+
 /// The verdict for people, in lines.
 [[nodiscard]] std::string report_for_people(const CheckedCertificate& certificate,
                                             const Verdict& verdict, const Account& account,

@@ -1,7 +1,7 @@
 #include "Run.h"
 
 #include "Configure.h"
-#include "Reasons.h"
+#include "EvidenceArchive.h"
 #include "ReportFile.h"
 #include "Times.h"
 
@@ -17,18 +17,6 @@ constexpr std::string_view standard_input = "-";
 /// There is nobody to tell verdicts to any more.
 struct OutputClosed {};
 
-ExitCode code_of(Status status) noexcept {
-    switch (status) {
-    case Status::good:
-        return ExitCode::all_good;
-    case Status::revoked:
-        return ExitCode::revoked;
-    case Status::no_check:
-        break;
-    }
-    return ExitCode::no_check;
-}
-
 } // namespace
 
 Run::Run(const Options& options, Console& console)
@@ -38,6 +26,9 @@ Run::Run(const Options& options, Console& console)
           outcome_.note(ExitCode::bad_input);
           if (has_page()) {
               page_.add_fault(name, reason);
+          }
+          if (!options_.evidence.empty()) {
+              faults_.push_back({name, reason});
           }
       }),
       checker_(options, stores_),
@@ -49,11 +40,15 @@ ExitCode Run::run() {
     }
     try {
         read_stores();
+        if (!options_.evidence.empty()) {
+            evidence_.emplace(options_, stores_);
+        }
         for (const std::string& argument : options_.certificates) {
             check_input(argument);
         }
         check_list();
         write_page();
+        write_evidence();
     } catch (const OutputClosed&) {
         console_.complain("", "the output cannot be written");
         outcome_.note(ExitCode::no_output);
@@ -210,38 +205,41 @@ void Run::take(Held certificate) {
         return;
     }
     console_.begin("checking " + certificate.name);
-    const PCCERT_CONTEXT context = certificate.context.get();
-    const DecisionRecord record(keeping());
-    const CallResult result = checker_.check({&context, 1});
-    tell({certificate.name, context}, result.verdict, &record);
+    check({&certificate, 1});
     console_.end();
 }
 
-Keeping Run::keeping() const {
-    return options_.explain || has_page() ? Keeping::all_objects : Keeping::small_objects;
+/// All of them in one call.
+std::size_t Run::check(std::span<const Held> certificates) {
+    std::vector<PCCERT_CONTEXT> contexts;
+    std::vector<CheckedCertificate> checked;
+    for (const Held& each : certificates) {
+        contexts.push_back(each.context.get());
+        checked.push_back({each.name, each.context.get()});
+    }
+    const DecisionRecord record(keeping());
+    const auto moment = evidence_ ? evidence_->begin_check(checked) : options_.time;
+    const std::vector<Verdict> verdicts = verdicts_of(checker_.check(contexts, moment));
+    if (evidence_) {
+        evidence_->end_check(record);
+    }
+    for (std::size_t i = 0; i < verdicts.size(); ++i) {
+        tell(checked[i], verdicts[i], i + 1 == verdicts.size() ? &record : nullptr);
+    }
+    return verdicts.size();
 }
 
-/// Those before the last one looked at are good, and all that is known about them is that.
+Keeping Run::keeping() const {
+    return options_.explain || evidence_ || has_page() ? Keeping::all_objects : Keeping::small_objects;
+}
+
 void Run::check_list() {
     if (list_.empty()) {
         return;
     }
-    std::vector<PCCERT_CONTEXT> contexts;
-    for (const Held& each : list_) {
-        contexts.push_back(each.context.get());
-    }
     console_.begin("checking " + std::to_string(list_.size()) + " certificates");
-    const DecisionRecord record(keeping());
-    const CallResult result = checker_.check(contexts);
-    Verdict good;
-    good.status = Status::good;
-    good.time = result.verdict.time;
-    for (std::size_t i = 0; i < result.index; ++i) {
-        tell({list_[i].name, contexts[i]}, good, nullptr);
-    }
-    tell({list_[result.index].name, contexts[result.index]}, result.verdict, &record);
+    const std::size_t unseen = list_.size() - check(list_);
     console_.end();
-    const std::size_t unseen = list_.size() - result.index - 1;
     if (unseen == 0) {
         return;
     }
@@ -259,10 +257,11 @@ void Run::check_list() {
 void Run::tell(const CheckedCertificate& certificate, const Verdict& verdict,
                const DecisionRecord* record) {
     outcome_.note(code_of(verdict.status));
-    Account account{.record = record, .whole = options_.explain};
-    if (record != nullptr && verdict.status == Status::no_check) {
-        account.reasons = find_reasons(*record, last_question_of(*record));
+    if (evidence_) {
+        evidence_->add_verdict(certificate, verdict, record);
     }
+    Account account = account_of(verdict, record);
+    account.whole = options_.explain;
     if (has_page()) {
         page_.add(certificate, verdict, account);
     }
@@ -288,6 +287,18 @@ void Run::write_page() {
         write_whole_file(options_.report, page_.page(now()));
     } catch (const OutputError& error) {
         console_.complain(options_.report, error.what());
+        outcome_.note(ExitCode::no_output);
+    }
+}
+
+void Run::write_evidence() {
+    if (!evidence_) {
+        return;
+    }
+    try {
+        evidence_->write(options_.evidence, faults_);
+    } catch (const EvidenceNotWritten& fault) {
+        console_.complain(options_.evidence, std::string("is not written: ") + fault.what());
         outcome_.note(ExitCode::no_output);
     }
 }

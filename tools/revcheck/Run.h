@@ -2,12 +2,15 @@
 
 #include "Checker.h"
 #include "Console.h"
+#include "EvidenceCollector.h"
 #include "ExitCode.h"
 #include "HtmlReport.h"
 #include "Options.h"
 #include "Report.h"
 
 #include <memory>
+#include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -36,11 +39,14 @@ class Run {
     void check_files(const std::string& path);
     void check_file(const std::string& name, const FileContent& content, FileOrigin origin);
     void take(Held certificate);
+    /// Gives how many were looked at.
+    std::size_t check(std::span<const Held> certificates);
     void check_list();
     [[nodiscard]] Keeping keeping() const;
     [[nodiscard]] bool has_page() const { return !options_.report.empty(); }
     void tell(const CheckedCertificate& certificate, const Verdict& verdict,
               const DecisionRecord* record);
+    void write_evidence();
     void write(const std::string& text);
     void write_page();
 
@@ -55,6 +61,8 @@ class Run {
     bool told_ = false;            ///< Something was told to people.
     HtmlReport page_;              ///< It stays empty if none is asked for.
     std::vector<Held> list_;       ///< What is to be checked in one call.
+    std::optional<EvidenceCollector> evidence_; ///< If it is asked for, from the first check on.
+    std::vector<InputFault> faults_;            ///< For the evidence.
 };
 
 } // namespace norvane

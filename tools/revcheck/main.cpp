@@ -1,6 +1,7 @@
 #include "Configure.h"
 #include "Console.h"
 #include "Options.h"
+#include "Replay.h"
 #include "Run.h"
 
 #include <cstdio>
@@ -48,7 +49,9 @@ int main(int argc, char** argv) {
     ExitCode code = ExitCode::all_good;
     try {
         const norvane::Options options = norvane::parse_options(argc, argv);
-        if (options.text.empty()) {
+        if (!options.replay.empty()) {
+            code = norvane::replay(options, console);
+        } else if (options.text.empty()) {
             norvane::configure(options);
             code = norvane::Run(options, console).run();
         } else if (!console.write(options.text)) {

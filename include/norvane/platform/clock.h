@@ -42,7 +42,7 @@ ULONGLONG GetTickCount64(void) NORVANE_PLATFORM_API(GetTickCount64);
 #define NORVANE_CLOCK_TICKS 1
 
 /// Is shown a reading of a clock, and gives the one that is to be told in its place, which may be
-/// the same. It throws nothing.
+/// the same; the system's clock must stay before the year 30828. It throws nothing.
 ///
 /// @param dwClock `NORVANE_CLOCK_...`
 /// @param ullReading milliseconds.

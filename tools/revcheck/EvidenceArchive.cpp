@@ -102,9 +102,6 @@ class Reader {
         if (limit_of(name) == 0) {
             refuse(name, "has a name that no evidence has");
         }
-        if (members_.contains(name)) {
-            refuse(name, "is there twice");
-        }
         if (stat.encryption_method != ZIP_EM_NONE) {
             refuse(name, "is encrypted");
         }
@@ -213,6 +210,7 @@ Members read_archive(ByteView file) {
     if (source == nullptr) {
         throw BadEvidence(error.text());
     }
+    // The check for consistency also finds names that are there twice.
     Archive archive(zip_open_from_source(source, ZIP_RDONLY | ZIP_CHECKCONS, error.get()));
     if (archive == nullptr) {
         zip_source_free(source);

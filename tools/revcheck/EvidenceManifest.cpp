@@ -197,6 +197,13 @@ std::set<std::string> named_objects(const Evidence& evidence) {
     return names;
 }
 
+/// The others have names of their own.
+bool is_named_after_content(const std::string& name, const std::string& content) {
+    const auto type = name.ends_with(".crl") ? ObjectType::crl : ObjectType::certificate;
+    return name == verdicts_name || name == records_name ||
+           name == object_member_name(content, type);
+}
+
 EvidenceMember told(const std::string& content) {
     return {to_hex(Digester().add(content).finish()), content.size()};
 }
@@ -269,6 +276,9 @@ Evidence read_evidence(const Members& members) {
         const EvidenceMember actual = told(found->second);
         if (actual.sha256 != member.sha256 || actual.octets != member.octets) {
             throw BadEvidence("a member has not the digest and size of manifest.json: " + name);
+        }
+        if (!is_named_after_content(name, found->second)) {
+            throw BadEvidence("a member is not named after its content: " + name);
         }
     }
     std::set<std::string> expected = named_objects(evidence);

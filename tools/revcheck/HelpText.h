@@ -7,6 +7,7 @@ inline constexpr const char* version_text = "revcheck " REVCHECK_VERSION "\n";
 
 inline constexpr const char* help_text =
     R"(Usage: revcheck [OPTION...] CERT...
+       revcheck replay FILE [--json] [--explain] [-q]
 
 Tells whether certificates are revoked, and what that verdict rests on.
 
@@ -43,6 +44,11 @@ How to check:
   --config FILE     a configuration file, in place of the one NORVANE_CONFIG names
   --list            all certificates in one call, which ends at the first not good
 
+What to keep:
+  --evidence FILE   a ZIP archive of all that the verdicts rest on, for later
+  replay FILE       decides again from such an archive alone, as of the moment of its
+                    check, and tells what comes out otherwise
+
 What to show:
   --json            one object a line for each certificate, as soon as it is decided
   --explain         how each verdict came about, step by step; with --json as data
@@ -55,12 +61,13 @@ Exit code:
   0  all certificates are good
   1  one is revoked
   2  for one a check was not possible, and none is revoked
+  3  a replay has come to something else
   64 the command line cannot be followed
   65 an input cannot be read or is malformed, while all others have been checked; or
-     the configuration is, and nothing has been checked
+     the configuration is, or the evidence to replay, and nothing has been checked
   71 there is not enough memory
-  74 the output or the page of --report cannot be written
-Where several apply, the first of 64, 71, 74, 65, 1, 2 and 0 counts.
+  74 the output, the page of --report or the evidence cannot be written
+Where several apply, the first of 64, 71, 74, 65, 3, 1, 2 and 0 counts.
 )";
 
 } // namespace norvane

@@ -26,9 +26,9 @@ void write_zip(const std::string& path, const std::vector<RawMember>& members) {
     zip_t* const archive = zip_open(path.c_str(), ZIP_CREATE | ZIP_TRUNCATE, &error);
     ASSERT_NE(archive, nullptr);
     for (const auto& [name, content, mode] : members) {
-        zip_source_t* const source =
-            zip_source_buffer(archive, content.data(), content.size(), 0);
-        const auto index = static_cast<zip_uint64_t>(zip_file_add(archive, name.c_str(), source, 0));
+        zip_source_t* const source = zip_source_buffer(archive, content.data(), content.size(), 0);
+        const auto index =
+            static_cast<zip_uint64_t>(zip_file_add(archive, name.c_str(), source, 0));
         zip_file_set_external_attributes(archive, index, 0, ZIP_OPSYS_UNIX, mode << 16);
     }
     ASSERT_EQ(zip_close(archive), 0);
@@ -55,8 +55,8 @@ Members with_changed_manifest(Members members, std::string_view from, std::strin
 // An evidence of the samples in `folder`, whose revoked certificate is the second.
 std::string sample_evidence(const TemporaryFolder& folder, const Arguments& more = {}) {
     std::string file = folder.path() / "evidence.zip";
-    Arguments arguments = with_samples({"-q", "--evidence", file, examples + "gost-good.pem",
-                                        examples + "rsa-revoked.pem"});
+    Arguments arguments = with_samples(
+        {"-q", "--evidence", file, examples + "gost-good.pem", examples + "rsa-revoked.pem"});
     arguments.insert(arguments.end(), more.begin(), more.end());
     EXPECT_EQ(run_revcheck(arguments).code, 1);
     return file;
@@ -81,10 +81,23 @@ TEST(Evidence, GivesTheSameVerdictsWhenStoresAreGone) {
                               std::filesystem::copy_options::recursive);
     const std::string file = folder.path() / "e.zip";
     for (const Arguments& way : {Arguments{}, Arguments{"--list"}}) {
-        Arguments all{"--root", folder.path() / "Root", "--ca", folder.path() / "CA", "--cache-only",
-                      "--certs", folder.path() / "Root", "--issuer", pki.root, "--strict-pkup",
-                      "--json", "--explain", "--evidence", file, examples + "rsa-good.pem",
-                      examples + "gost-revoked.pem", leaf};
+        Arguments all{"--root",
+                      folder.path() / "Root",
+                      "--ca",
+                      folder.path() / "CA",
+                      "--cache-only",
+                      "--certs",
+                      folder.path() / "Root",
+                      "--issuer",
+                      pki.root,
+                      "--strict-pkup",
+                      "--json",
+                      "--explain",
+                      "--evidence",
+                      file,
+                      examples + "rsa-good.pem",
+                      examples + "gost-revoked.pem",
+                      leaf};
         all.insert(all.end(), way.begin(), way.end());
         const Ending run = run_revcheck(all);
         ASSERT_EQ(run.verdicts().size(), way.empty() ? 3U : 2U);
@@ -107,9 +120,9 @@ TEST(Evidence, OfTheNetworkGivesTheSameVerdictsWithoutIt) {
         const auto point = [&](const char* path) {
             return DistributionPoint{.full_name = {url(server->url(path))}};
         };
-        const std::string good = pki.write(
-            "good.der",
-            {.extensions = {crl_distribution_points({point("/none"), point("/delta")})}});
+        const std::string good =
+            pki.write("good.der",
+                      {.extensions = {crl_distribution_points({point("/none"), point("/delta")})}});
         const std::string other =
             pki.write("other.der", {.extensions = {crl_distribution_points({point("/none")})}});
         Arguments all = pki.arguments({"--explain", "--cache-dir", folder.path() / "cache",
@@ -217,7 +230,8 @@ TEST(Evidence, ThatIsHostileIsRefusedWithTheReason) {
         {zipped({{"/" + object, "1"}}), "has a name that no evidence has"},
         {zipped({{replaced(object, "/", "\\"), "1"}}), "has a name that no evidence has"},
         {zipped({{object + "/", ""}}), "has a name that no evidence has"},
-        {replaced(zipped({{object, "1"}, {twin, "1"}}), twin, object), "it is no whole archive: File already exists"},
+        {replaced(zipped({{object, "1"}, {twin, "1"}}), twin, object),
+         "it is no whole archive: File already exists"},
         {zipped({{object, "/etc/passwd", S_IFLNK | 0777}}), "is no plain file"},
         {encrypted, "is encrypted"},
         {zipped({{"manifest.json", std::string(max_manifest_octets + 1, ' ')}}),

@@ -35,8 +35,8 @@ struct CallResult {
     Verdict verdict;
 };
 
-/// The verdict about each certificate that was looked at. About those that are good and not the last
-/// nothing else is known.
+/// The verdict about each certificate that was looked at. About those that are good and not the
+/// last nothing else is known.
 [[nodiscard]] std::vector<Verdict> verdicts_of(CallResult result);
 
 /// The stores in which the check looks for certificates and for CRLs.

@@ -10,6 +10,9 @@
 
 namespace norvane {
 
+/// Thrown where there is nobody to tell verdicts to any more.
+struct OutputClosed {};
+
 /// Standard output and standard error, and on the latter, if that is a terminal, a line of progress
 /// that disappears before anything else is written.
 class Console {

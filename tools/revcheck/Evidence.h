@@ -96,13 +96,13 @@ struct EvidenceMember {
 struct Evidence {
     std::string program;
     EvidenceOptions options;
-    std::map<std::string, std::string> settings;    ///< by section, a point, and key
-    std::map<std::string, std::uint64_t> limits;    ///< by their keys in section [limits]
-    bool strict_pkup = false;                       ///< what the options and the settings come to
-    std::vector<std::string> faults;                ///< of inputs, as they were told
+    std::map<std::string, std::string> settings; ///< by section, a point, and key
+    std::map<std::string, std::uint64_t> limits; ///< by their keys in section [limits]
+    bool strict_pkup = false;                    ///< what the options and the settings come to
+    std::vector<std::string> faults;             ///< of inputs, as they were told
     EvidenceStores stores;
     std::vector<EvidenceCheck> checks;
-    std::map<std::string, EvidenceMember> members;  ///< all but the manifest
+    std::map<std::string, EvidenceMember> members; ///< all but the manifest
 };
 
 } // namespace norvane

@@ -133,8 +133,8 @@ class Reader {
         std::array<char, 65'536> block{};
         while (const zip_int64_t count = zip_fread(file.get(), block.data(), block.size())) {
             if (count < 0) {
-                refuse(name, "cannot be unpacked: " +
-                                 ZipError::text_of(*zip_file_get_error(file.get())));
+                refuse(name,
+                       "cannot be unpacked: " + ZipError::text_of(*zip_file_get_error(file.get())));
             }
             const auto octets = static_cast<std::size_t>(count);
             total_ += octets;
@@ -177,8 +177,7 @@ void add_member(zip_t* archive, const std::string& name, const std::string& cont
             throw EvidenceNotWritten(ZipError::text_of(*zip_get_error(archive)));
         }
     };
-    zip_source_t* const source =
-        zip_source_buffer(archive, content.data(), content.size(), 0);
+    zip_source_t* const source = zip_source_buffer(archive, content.data(), content.size(), 0);
     require(source != nullptr);
     const zip_int64_t added = zip_file_add(archive, name.c_str(), source, ZIP_FL_ENC_GUESS);
     if (added < 0) {
@@ -205,8 +204,7 @@ void require_place(const std::string& path) {
 
 Members read_archive(ByteView file) {
     ZipError error;
-    zip_source_t* const source =
-        zip_source_buffer_create(file.data, file.length, 0, error.get());
+    zip_source_t* const source = zip_source_buffer_create(file.data, file.length, 0, error.get());
     if (source == nullptr) {
         throw BadEvidence(error.text());
     }

@@ -58,7 +58,8 @@ EvidenceCollector::~EvidenceCollector() { NorvaneSetClock(nullptr, nullptr); }
 
 EvidenceCollector::SystemStore EvidenceCollector::open(const WCHAR* name) {
     SystemStore opened{
-        name, StoreHolder(CertOpenStore(CERT_STORE_PROV_SYSTEM_W, 0, 0, system_store_flags, name)),
+        name,
+        StoreHolder(CertOpenStore(CERT_STORE_PROV_SYSTEM_W, 0, 0, system_store_flags, name)),
         {}};
     if (opened.store != nullptr) {
         opened.content = content_of(opened.store.get());
@@ -108,8 +109,8 @@ FILETIME EvidenceCollector::begin_check(std::span<const CheckedCertificate> cert
     check.time = time;
     for (const CheckedCertificate& each : certificates) {
         const ByteView encoded{each.context->pbCertEncoded, each.context->cbCertEncoded};
-        check.certificates.push_back({as_json_tells(each.name),
-                                      add_object(encoded, ObjectType::certificate)});
+        check.certificates.push_back(
+            {as_json_tells(each.name), add_object(encoded, ObjectType::certificate)});
     }
     evidence_.checks.push_back(std::move(check));
     first_readings_ = {};
@@ -130,9 +131,8 @@ void EvidenceCollector::end_check(const DecisionRecord& record) {
         if (node.code == "retrieval") {
             add_retrieval(record, place);
         }
-        all_crls_ = all_crls_ ||
-                    (node.code == "quota_spent" &&
-                     node.value("quota") == name_of(Resource::shown_objects));
+        all_crls_ = all_crls_ || (node.code == "quota_spent" &&
+                                  node.value("quota") == name_of(Resource::shown_objects));
     }
 }
 

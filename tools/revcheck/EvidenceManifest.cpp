@@ -115,12 +115,10 @@ EvidenceStores read_stores(const Json& json) {
 }
 
 Json to_json(const EvidenceOptions& options) {
-    return {{"time", value_or_null(options.time)},
-            {"timeout_ms", value_or_null(options.timeout_ms)},
-            {"cache_only", options.cache_only},
-            {"accumulative", options.accumulative},
-            {"strict_pkup", options.strict_pkup},
-            {"list", options.list}};
+    return {
+        {"time", value_or_null(options.time)}, {"timeout_ms", value_or_null(options.timeout_ms)},
+        {"cache_only", options.cache_only},    {"accumulative", options.accumulative},
+        {"strict_pkup", options.strict_pkup},  {"list", options.list}};
 }
 
 EvidenceOptions read_options(const Json& json) {
@@ -229,7 +227,8 @@ std::string manifest_text(const Evidence& evidence) {
         {"strict_pkup", evidence.strict_pkup},
         {"faults", evidence.faults},
         {"stores", to_json(evidence.stores)},
-        {"checks", array_of(evidence.checks, [](const EvidenceCheck& each) { return to_json(each); })},
+        {"checks",
+         array_of(evidence.checks, [](const EvidenceCheck& each) { return to_json(each); })},
         {"members", to_json(evidence.members)}};
     constexpr int indent = 1;
     constexpr bool ascii_only = true;

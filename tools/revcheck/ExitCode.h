@@ -12,10 +12,10 @@ enum class ExitCode : std::uint8_t {
     revoked = 1,
     no_check = 2,
     other_replay = 3, ///< a replay has come to something else
-    usage = 64,     ///< EX_USAGE
-    bad_input = 65, ///< EX_DATAERR
-    no_memory = 71, ///< EX_OSERR
-    no_output = 74, ///< EX_IOERR
+    usage = 64,       ///< EX_USAGE
+    bad_input = 65,   ///< EX_DATAERR
+    no_memory = 71,   ///< EX_OSERR
+    no_output = 74,   ///< EX_IOERR
 };
 
 [[nodiscard]] constexpr ExitCode code_of(Status status) noexcept {

@@ -44,9 +44,9 @@ class Comparison {
 
   private:
     static std::string shown(const Json* value) {
-        const std::string text =
-            value == nullptr ? "nothing"
-                             : value->dump(-1, ' ', true, Json::error_handler_t::replace);
+        const std::string text = value == nullptr
+                                     ? "nothing"
+                                     : value->dump(-1, ' ', true, Json::error_handler_t::replace);
         return text.size() > max_value_octets ? text.substr(0, max_value_octets) + "..." : text;
     }
 
@@ -77,8 +77,8 @@ class Comparison {
             if (i < expected.size() && i < got.size()) {
                 compare(expected[i], got[i], place / i);
             } else {
-                add(i < expected.size() ? &expected[i] : nullptr, i < got.size() ? &got[i] : nullptr,
-                    place / i);
+                add(i < expected.size() ? &expected[i] : nullptr,
+                    i < got.size() ? &got[i] : nullptr, place / i);
             }
         }
     }

@@ -57,9 +57,6 @@ ULONGLONG milliseconds_of(const FILETIME& time) {
 /// A year. What clocks told is added to the moment of the check, and must stay a date.
 constexpr std::int64_t max_check_milliseconds = std::int64_t{366} * 86'400'000;
 
-/// There is nobody to tell verdicts to any more.
-struct OutputClosed {};
-
 class Replay {
   public:
     Replay(const Options& presentation, Console& console, const Members& members)

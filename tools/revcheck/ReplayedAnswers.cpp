@@ -76,8 +76,7 @@ void ReplayedAnswers::give(const EvidenceRetrieval& retrieval, NORVANE_RETRIEVAL
     for (const std::string& name : retrieval.objects) {
         const std::string& content = members_.at(name);
         auto* const octets = const_cast<char*>(content.data());
-        blobs_.push_back(
-            {static_cast<DWORD>(content.size()), reinterpret_cast<BYTE*>(octets)});
+        blobs_.push_back({static_cast<DWORD>(content.size()), reinterpret_cast<BYTE*>(octets)});
     }
     answer.dwError = retrieval.error;
     answer.cObject = static_cast<DWORD>(blobs_.size());

@@ -44,8 +44,8 @@ class ReplayedAnswers {
     const bool accumulative_;
     const ULONGLONG moment_;
     const DifferenceSink& differences_;
-    std::vector<bool> given_; ///< of each retrieval, whether it was asked for
-    std::size_t readings_ = 0; ///< that were asked for
+    std::vector<bool> given_;            ///< of each retrieval, whether it was asked for
+    std::size_t readings_ = 0;           ///< that were asked for
     std::vector<CRYPT_DATA_BLOB> blobs_; ///< of the last answer
 };
 

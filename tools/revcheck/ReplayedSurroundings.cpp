@@ -93,7 +93,7 @@ void ReplayedSurroundings::lay_store(const char* name, const ObjectNames& object
 
 void ReplayedSurroundings::configure(const Evidence& evidence) const {
     // Stronger than the configuration. Without a folder of its own nothing is cached or noted.
-    unsetenv("NORVANE_CACHE_DIR");
+    unsetenv("NORVANE_CACHE_DIR"); // NOLINT(concurrency-mt-unsafe): there are no other threads yet
     set("retrieval", "cache_folder", "");
     set("stores", "Root", path_list({(folder_ / "Root").string()}));
     set("stores", "CA", path_list({(folder_ / "CA").string()}));
@@ -151,10 +151,9 @@ StoreHolder ReplayedSurroundings::store_of(const ObjectNames& objects) const {
 
 CertificateHandle ReplayedSurroundings::certificate(const std::string& name) const {
     const std::string& content = members_.at(name);
-    CertificateHandle made(
-        CertCreateCertificateContext(X509_ASN_ENCODING,
-                                     reinterpret_cast<const BYTE*>(content.data()),
-                                     static_cast<DWORD>(content.size())));
+    CertificateHandle made(CertCreateCertificateContext(
+        X509_ASN_ENCODING, reinterpret_cast<const BYTE*>(content.data()),
+        static_cast<DWORD>(content.size())));
     if (made == nullptr) {
         if (GetLastError() == ERROR_NOT_ENOUGH_MEMORY) {
             throw std::bad_alloc();

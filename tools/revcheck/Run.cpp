@@ -14,9 +14,6 @@ namespace {
 
 constexpr std::string_view standard_input = "-";
 
-/// There is nobody to tell verdicts to any more.
-struct OutputClosed {};
-
 } // namespace
 
 Run::Run(const Options& options, Console& console)

@@ -109,14 +109,14 @@ BOOL CryptRetrieveObjectByUrlA(LPCSTR pszUrl, LPCSTR pszObjectOid, DWORD dwRetri
 /// How a retrieval ended, told by a program that answers it itself.
 typedef struct _NORVANE_RETRIEVAL_ANSWER {
     DWORD cbSize;
-    DWORD dwError;                    ///< a last error; `ERROR_SUCCESS` if there are objects
-    DWORD cObject;                    ///< 0 on failure
-    const CRYPT_DATA_BLOB* rgObject;  ///< DER of the kind that is asked for, in their order
-    LPCSTR pszCause;                  ///< of a failure, in words; null if nothing is known
-    BOOL fRemembered;                 ///< the failure is one of lately, and nobody was asked
-    BOOL fConfirmed;                  ///< a server said that the cache's response is still right
-    ULONGLONG ullMilliseconds;        ///< that it took
-    ULONGLONG ullAgeSeconds;          ///< of the response
+    DWORD dwError;                   ///< a last error; `ERROR_SUCCESS` if there are objects
+    DWORD cObject;                   ///< 0 on failure
+    const CRYPT_DATA_BLOB* rgObject; ///< DER of the kind that is asked for, in their order
+    LPCSTR pszCause;                 ///< of a failure, in words; null if nothing is known
+    BOOL fRemembered;                ///< the failure is one of lately, and nobody was asked
+    BOOL fConfirmed;                 ///< a server said that the cache's response is still right
+    ULONGLONG ullMilliseconds;       ///< that it took
+    ULONGLONG ullAgeSeconds;         ///< of the response
 } NORVANE_RETRIEVAL_ANSWER;
 
 /// Answers a retrieval with the first four arguments of `CryptRetrieveObjectByUrlA`. It throws

@@ -87,8 +87,8 @@ class Follower {
     }
 
     void note_repetition(const IniLine& line) {
-        const auto [earlier, is_first] = lines_.try_emplace(
-            configuration_text_name(section_name_, line.name), line.number);
+        const auto [earlier, is_first] =
+            lines_.try_emplace(configuration_text_name(section_name_, line.name), line.number);
         if (!is_first) {
             add_problem(line.number, "key " + quoted(line.name) + " stands on line " +
                                          std::to_string(earlier->second) + " already");

@@ -47,8 +47,6 @@ struct EvidenceRetrieval {
     std::uint64_t octets = 0;
     std::uint64_t age_seconds = 0;
     ObjectNames objects;
-
-    bool operator==(const EvidenceRetrieval&) const = default;
 };
 
 /// What the decision read from a clock, in milliseconds since it first read that clock.

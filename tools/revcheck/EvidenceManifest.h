@@ -6,7 +6,7 @@ namespace norvane {
 
 inline constexpr unsigned evidence_format = 1;
 
-/// What the objects of an evidence may be told by.
+/// How many arrays and objects of a manifest may lie in each other.
 inline constexpr std::size_t max_manifest_nesting = 16;
 
 /// The manifest as text in JSON.

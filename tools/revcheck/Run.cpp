@@ -227,7 +227,8 @@ std::size_t Run::check(std::span<const Held> certificates) {
 }
 
 Keeping Run::keeping() const {
-    return options_.explain || evidence_ || has_page() ? Keeping::all_objects : Keeping::small_objects;
+    return options_.explain || evidence_ || has_page() ? Keeping::all_objects
+                                                       : Keeping::small_objects;
 }
 
 void Run::check_list() {

@@ -57,10 +57,10 @@ class Run {
     Stores stores_;
     Checker checker_;
     const Colour colour_;
-    std::size_t certificates_ = 0; ///< that were found in inputs
-    bool told_ = false;            ///< Something was told to people.
-    HtmlReport page_;              ///< It stays empty if none is asked for.
-    std::vector<Held> list_;       ///< What is to be checked in one call.
+    std::size_t certificates_ = 0;              ///< that were found in inputs
+    bool told_ = false;                         ///< Something was told to people.
+    HtmlReport page_;                           ///< It stays empty if none is asked for.
+    std::vector<Held> list_;                    ///< What is to be checked in one call.
     std::optional<EvidenceCollector> evidence_; ///< If it is asked for, from the first check on.
     std::vector<InputFault> faults_;            ///< For the evidence.
 };

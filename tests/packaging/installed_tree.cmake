@@ -27,3 +27,15 @@ run("" openssl x509 -in ${SOURCE}/examples/rsa-revoked.pem -outform DER -out ${w
 run("revoked, reason 1" ${work}/program/verdict ${stores}/Root ${stores}/CA ${work}/revoked.der)
 run("certificate_listed reason=1.*\n-> revoked" ${work}/program/why ${stores}/Root ${stores}/CA
     ${work}/revoked.der)
+
+# Without its library a GOST certificate cannot be checked, and the reason is told.
+file(GLOB_RECURSE gost_library ${tree}/*/norvane_gost.so)
+file(REMOVE ${gost_library})
+execute_process(
+  COMMAND ${tree}/${BINDIR}/revcheck --root ${stores}/Root --ca ${stores}/CA --cache-only
+          ${SOURCE}/examples/gost-good.pem
+  OUTPUT_VARIABLE output
+  RESULT_VARIABLE code)
+if(NOT code EQUAL 2 OR NOT output MATCHES "why +signatures of algorithm 1.2.643[0-9.]+ are not verified")
+  message(FATAL_ERROR "without ${gost_library}: ${code}\n${output}")
+endif()

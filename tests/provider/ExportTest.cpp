@@ -1,5 +1,6 @@
 // The export: fields that may be absent, lists, and who owns what it hands out.
 #include "chain/World.h"
+#include "support/RecordWalk.h"
 #include "support/TemporaryFolder.h"
 
 #include <norvane/revocation.h>
@@ -198,6 +199,16 @@ TEST(Export, LeavesNothingOpenAfterNestedQuestions) {
         EXPECT_EQ(faked.questions.size(), 1U) << "about the CA in the middle";
     }
     EXPECT_TRUE(CertCloseStore(crls, CERT_CLOSE_STORE_CHECK_FLAG));
+}
+
+TEST(Export, TellsThatATimeOutCannotBeCounted) {
+    Call call;
+    call.para.dwUrlRetrievalTimeout = 0x7FFFFFFF;
+    const RecordWalk walk;
+    EXPECT_FALSE(call.verify({url_leaf}));
+    call.expect_failure(no_check, 0);
+    EXPECT_TRUE(walk.has("timeout_too_large"));
+    EXPECT_EQ(walk.outcome(), "not_checked");
 }
 
 } // namespace

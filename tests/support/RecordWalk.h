@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdlib>
+#include <set>
 #include <string>
 
 namespace norvane::testing {
@@ -18,6 +19,7 @@ class RecordWalk {
 
     [[nodiscard]] std::size_t events() const { return events_; }
     [[nodiscard]] std::size_t open_branches() const { return open_; }
+    [[nodiscard]] bool has(const std::string& code) const { return codes_.contains(code); }
     // How the last of the outermost branches ended.
     [[nodiscard]] const std::string& outcome() const { return outcome_; }
 
@@ -31,6 +33,7 @@ class RecordWalk {
         auto& self = *static_cast<RecordWalk*>(context);
         require(event->cbSize == sizeof *event && *event->pszCode != '\0');
         ++self.events_;
+        self.codes_.insert(event->pszCode);
         if (event->pszReference != nullptr)
             self.read(event->pszReference);
         for (DWORD i = 0; i < event->cValue; ++i) {
@@ -59,6 +62,7 @@ class RecordWalk {
     std::size_t events_ = 0;
     std::size_t open_ = 0;
     volatile std::size_t read_ = 0;
+    std::set<std::string> codes_;
     std::string outcome_;
 };
 

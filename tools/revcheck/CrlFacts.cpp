@@ -15,7 +15,6 @@ namespace {
 
 constexpr std::string_view crl_number_oid = "2.5.29.20";
 constexpr std::string_view delta_indicator_oid = "2.5.29.27";
-constexpr std::string_view freshest_crl_oid = "2.5.29.46";
 
 /// RFC 5280 5.2.3 allows 20. The digits of longer ones take time that grows with the square.
 constexpr std::uint32_t max_number_octets = 128;
@@ -56,10 +55,6 @@ std::optional<std::string> crl_number(const CRL_INFO& crl) {
 
 bool is_delta(const CRL_INFO& crl) noexcept {
     return find_extension(crl, delta_indicator_oid) != nullptr;
-}
-
-bool names_deltas(const CRL_INFO& crl) noexcept {
-    return find_extension(crl, freshest_crl_oid) != nullptr;
 }
 
 } // namespace norvane

@@ -17,7 +17,4 @@ namespace norvane {
 /// Whether the CRL is a delta (RFC 5280 5.2.4).
 [[nodiscard]] bool is_delta(const CRL_INFO& crl) noexcept;
 
-/// Whether the CRL says where its deltas are (RFC 5280 5.2.6).
-[[nodiscard]] bool names_deltas(const CRL_INFO& crl) noexcept;
-
 } // namespace norvane

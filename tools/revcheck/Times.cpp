@@ -153,10 +153,6 @@ FILETIME now() {
     return time;
 }
 
-int compare(const FILETIME& a, const FILETIME& b) noexcept {
-    return ticks(a) < ticks(b) ? -1 : ticks(a) > ticks(b) ? 1 : 0;
-}
-
 std::string duration_text(std::uint32_t seconds) {
     struct Unit {
         std::uint32_t seconds;

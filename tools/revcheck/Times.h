@@ -23,9 +23,6 @@ namespace norvane {
 /// The present moment.
 [[nodiscard]] FILETIME now();
 
-/// -1, 0 or 1 as `a` is before, at or after `b`.
-[[nodiscard]] int compare(const FILETIME& a, const FILETIME& b) noexcept;
-
 /// A length of time in the two largest units that say something: "3 days 4 hours".
 [[nodiscard]] std::string duration_text(std::uint32_t seconds);
 

@@ -4,6 +4,9 @@
 #include "Times.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <numeric>
+#include <utility>
 
 namespace norvane {
 namespace {
@@ -45,9 +48,43 @@ struct PresentationFlags {
     bool json = false;
 };
 
+/// How many letters have to be put in, left out or changed to make one word of the other.
+std::size_t edit_distance(std::string_view a, std::string_view b) {
+    std::vector<std::size_t> row(b.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        std::size_t diagonal = std::exchange(row[0], i + 1);
+        for (std::size_t j = 0; j < b.size(); ++j) {
+            const std::size_t changed = diagonal + (a[i] == b[j] ? 0 : 1);
+            diagonal = row[j + 1];
+            row[j + 1] = std::min({changed, row[j] + 1, diagonal + 1});
+        }
+    }
+    return row.back();
+}
+
+std::string unknown_argument(const CLI::App& app, const std::string& argument) {
+    constexpr std::size_t typing_errors = 3;
+    std::string nearest;
+    std::size_t least = typing_errors;
+    for (const CLI::Option* const option : app.get_options()) {
+        for (const std::string& name : option->get_lnames()) {
+            const std::size_t count = edit_distance(argument, "--" + name);
+            if (count < least) {
+                least = count;
+                nearest = "--" + name;
+            }
+        }
+    }
+    return "there is no " + argument + (nearest.empty() ? "" : "; did you mean " + nearest + "?");
+}
+
 void parse(CLI::App& app, int argc, const char* const* argv) {
     try {
         app.parse(argc, argv);
+    } catch (const CLI::ExtrasError& error) {
+        const auto unknown = app.remaining();
+        throw UsageError(unknown.empty() ? error.what() : unknown_argument(app, unknown.front()));
     } catch (const CLI::ParseError& error) {
         throw UsageError(error.what());
     }

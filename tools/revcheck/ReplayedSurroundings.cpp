@@ -54,28 +54,23 @@ std::string limit_text(Resource resource, std::uint64_t amount) {
 } // namespace
 
 ReplayedSurroundings::ReplayedSurroundings(const Evidence& evidence, const Members& members)
-    : members_(members), folder_(make_private_folder()) {
-    try {
-        lay_store("Root", evidence.stores.root);
-        lay_store("CA", evidence.stores.ca);
-        configure(evidence);
-        open_stores(evidence.stores);
-    } catch (...) {
-        remove_folder();
-        throw;
-    }
+    : members_(members) {
+    lay_store("Root", evidence.stores.root);
+    lay_store("CA", evidence.stores.ca);
+    configure(evidence);
+    open_stores(evidence.stores);
 }
 
-ReplayedSurroundings::~ReplayedSurroundings() { remove_folder(); }
+PrivateFolder::PrivateFolder() : path_(make_private_folder()) {}
 
-void ReplayedSurroundings::remove_folder() const noexcept {
+PrivateFolder::~PrivateFolder() {
     std::error_code error;
-    fs::remove_all(folder_, error);
+    fs::remove_all(path_, error);
 }
 
 /// The platform takes the files of a folder in the order of their names, which are our own.
 void ReplayedSurroundings::lay_store(const char* name, const ObjectNames& objects) {
-    const fs::path folder = folder_ / name;
+    const fs::path folder = folder_.path() / name;
     std::error_code error;
     fs::create_directory(folder, error);
     for (std::size_t i = 0; i < objects.size(); ++i) {
@@ -95,8 +90,8 @@ void ReplayedSurroundings::configure(const Evidence& evidence) const {
     // Stronger than the configuration. Without a folder of its own nothing is cached or noted.
     unsetenv("NORVANE_CACHE_DIR"); // NOLINT(concurrency-mt-unsafe): there are no other threads yet
     set("retrieval", "cache_folder", "");
-    set("stores", "Root", path_list({(folder_ / "Root").string()}));
-    set("stores", "CA", path_list({(folder_ / "CA").string()}));
+    set("stores", "Root", path_list({(folder_.path() / "Root").string()}));
+    set("stores", "CA", path_list({(folder_.path() / "CA").string()}));
     for (const EvidenceSetting& setting : evidence_settings) {
         const std::string& value = value_of(evidence.settings, name_of(setting));
         if (setting.required != nullptr && value != setting.required) {

@@ -14,8 +14,23 @@ class ReplayFailure : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
+/// A new folder that is only this user's, and is removed with all in it at the end.
+class PrivateFolder {
+  public:
+    /// Throws ReplayFailure.
+    PrivateFolder();
+    PrivateFolder(const PrivateFolder&) = delete;
+    PrivateFolder& operator=(const PrivateFolder&) = delete;
+    ~PrivateFolder();
+
+    [[nodiscard]] const std::filesystem::path& path() const { return path_; }
+
+  private:
+    std::filesystem::path path_;
+};
+
 /// The stores and the configuration of an evidence, in place of this machine's. The system stores
-/// lie in a folder that is only this user's, and is removed at the end.
+/// lie in a private folder.
 class ReplayedSurroundings {
   public:
     /// Nothing of the process may have looked at its configuration yet. Throws ReplayFailure,
@@ -23,7 +38,7 @@ class ReplayedSurroundings {
     ReplayedSurroundings(const Evidence& evidence, const Members& members);
     ReplayedSurroundings(const ReplayedSurroundings&) = delete;
     ReplayedSurroundings& operator=(const ReplayedSurroundings&) = delete;
-    ~ReplayedSurroundings();
+    ~ReplayedSurroundings() = default;
 
     [[nodiscard]] const Stores& stores() const { return stores_; }
 
@@ -35,10 +50,9 @@ class ReplayedSurroundings {
     void configure(const Evidence& evidence) const;
     void open_stores(const EvidenceStores& stores);
     [[nodiscard]] StoreHolder store_of(const ObjectNames& objects) const;
-    void remove_folder() const noexcept;
 
     const Members& members_;
-    std::filesystem::path folder_;
+    PrivateFolder folder_;
     Stores stores_;
 };
 

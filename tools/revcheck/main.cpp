@@ -43,6 +43,7 @@ bool is_for_want_of_memory(const std::exception_ptr& thrown) noexcept {
 
 } // namespace
 
+// NOLINTNEXTLINE(bugprone-exception-escape): what nobody catches ends in end_program
 int main(int argc, char** argv) {
     using norvane::ExitCode;
     norvane::Console console;

@@ -4,6 +4,7 @@
 #include "EvidenceSettings.h"
 
 #include <array>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -61,7 +62,10 @@ ReplayedSurroundings::ReplayedSurroundings(const Evidence& evidence, const Membe
     open_stores(evidence.stores);
 }
 
-PrivateFolder::PrivateFolder() : path_(make_private_folder()) {}
+PrivateFolder::PrivateFolder() : path_(make_private_folder()) {
+    // Whoever closes the pipe that the program writes to would leave the folder behind.
+    std::signal(SIGPIPE, SIG_IGN);
+}
 
 PrivateFolder::~PrivateFolder() {
     std::error_code error;

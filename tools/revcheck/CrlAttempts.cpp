@@ -64,19 +64,6 @@ void add_attempts(const DecisionRecord& record, std::size_t branch, bool at_poin
 
 } // namespace
 
-std::size_t step_over_inner_question(const RecordedNode& node, std::size_t place) {
-    return node.code == "question" || node.code == "member_check" ? node.end : place + 1;
-}
-
-const RecordedEvent& happening(const RecordedNode& node) {
-    return node.is_branch ? node.outcome : node;
-}
-
-std::optional<std::size_t> object_in(const RecordedEvent& event, std::string_view role) {
-    const auto found = std::ranges::find(event.objects, role, &RecordedEvent::Object::role);
-    return found == event.objects.end() ? std::nullopt : std::optional(found->index);
-}
-
 std::vector<CrlAttempt> attempts_of(const DecisionRecord& record, std::size_t question) {
     std::vector<CrlAttempt> attempts;
     const auto nodes = record.nodes();

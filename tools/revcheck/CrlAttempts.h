@@ -37,16 +37,6 @@ struct CrlAttempt {
     }
 };
 
-/// The place behind the node, and where it asks another question behind all that is in that.
-[[nodiscard]] std::size_t step_over_inner_question(const RecordedNode& node, std::size_t place);
-
-/// What has happened at a node: the end of a branch, or the step itself.
-[[nodiscard]] const RecordedEvent& happening(const RecordedNode& node);
-
-/// The object of an event in a role; nothing if it has none.
-[[nodiscard]] std::optional<std::size_t> object_in(const RecordedEvent& event,
-                                                   std::string_view role);
-
 /// All attempts of a question in their order, without those of the questions in it.
 [[nodiscard]] std::vector<CrlAttempt> attempts_of(const DecisionRecord& record,
                                                   std::size_t question);

@@ -10,6 +10,19 @@ std::string_view RecordedEvent::value(std::string_view name) const {
     return found == values.end() ? std::string_view() : found->text;
 }
 
+std::size_t step_over_inner_question(const RecordedNode& node, std::size_t place) {
+    return node.code == "question" || node.code == "member_check" ? node.end : place + 1;
+}
+
+const RecordedEvent& happening(const RecordedNode& node) {
+    return node.is_branch ? node.outcome : node;
+}
+
+std::optional<std::size_t> object_in(const RecordedEvent& event, std::string_view role) {
+    const auto found = std::ranges::find(event.objects, role, &RecordedEvent::Object::role);
+    return found == event.objects.end() ? std::nullopt : std::optional(found->index);
+}
+
 DecisionRecord::DecisionRecord(Keeping keeping) : keeping_(keeping) {
     NorvaneSetRecordListener(&DecisionRecord::hear, this);
 }

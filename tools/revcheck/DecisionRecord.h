@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -43,6 +44,16 @@ struct RecordedNode : RecordedEvent {
     bool is_branch = false;
     RecordedEvent outcome; ///< of a branch; its code is empty while it is open
 };
+
+/// The place behind the node, and where it asks another question behind all that is in that.
+[[nodiscard]] std::size_t step_over_inner_question(const RecordedNode& node, std::size_t place);
+
+/// What has happened at a node: the end of a branch, or the step itself.
+[[nodiscard]] const RecordedEvent& happening(const RecordedNode& node);
+
+/// The object of an event in a role; nothing if it has none.
+[[nodiscard]] std::optional<std::size_t> object_in(const RecordedEvent& event,
+                                                   std::string_view role);
 
 /// The record of what a decision said about itself, from the making of this object to its end: it
 /// listens to the calling thread. A record of hostile material could grow without end, so it takes

@@ -224,9 +224,8 @@ std::string phrase_of(const RecordedEvent& event, const DecisionRecord& record) 
         text += rest.substr(0, at);
         const std::size_t end = rest.find('}', at);
         const std::string_view name = rest.substr(at + 1, end - at - 1);
-        const auto object = std::ranges::find(event.objects, name, &RecordedEvent::Object::role);
-        if (object != event.objects.end()) {
-            text += object_text(record.objects()[object->index]);
+        if (const auto object = object_in(event, name)) {
+            text += object_text(record.objects()[*object]);
         } else {
             text += event.value(name);
         }

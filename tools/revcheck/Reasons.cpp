@@ -124,12 +124,11 @@ void for_each_failure(std::span<const RecordedNode> nodes, Range range, Visit vi
     for (std::size_t place = range.first; place < range.end;) {
         const RecordedNode& node = nodes[place];
         around.enter(place);
-        const RecordedEvent& event = node.is_branch ? node.outcome : node;
+        const RecordedEvent& event = happening(node);
         const bool is_retrieval = node.code == "retrieval";
         visit(Failure{{&event, is_retrieval ? &node : nullptr}, distance_of(event, around), place});
-        const bool is_closed = node.code == "question" || node.code == "member_check" ||
-                               is_quiet(node) || has_contributed(nodes, place);
-        place = is_closed ? node.end : place + 1;
+        const bool is_closed = is_quiet(node) || has_contributed(nodes, place);
+        place = is_closed ? node.end : step_over_inner_question(node, place);
     }
 }
 
